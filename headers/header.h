@@ -1,0 +1,43 @@
+// One header of a message: a name and a value, kept exactly as parsed or as the client gave them. A folded value holds
+// its continuation lines, each introduced by CR LF with its leading white space. Putting either tells the owning
+// control.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "mailbox/owner.h"
+
+namespace vellobar {
+
+class CHeader {
+ public:
+  CHeader() = default;
+  CHeader(OwnerLink owner, std::u16string name, std::u16string value);
+
+  const std::u16string& Name() const { return name_; }
+  void SetName(std::u16string_view name);
+
+  const std::u16string& Value() const { return value_; }
+  void SetValue(std::u16string_view value);
+
+  /// "Name: Value", passed through the process code page and back through the thread's, as it will be written. Nothing
+  /// is folded.
+  std::u16string ToString() const;
+
+  /// Splits "Name: Value" at the first colon followed by a space. False, and nothing changed, when there is none. Tells
+  /// nobody.
+  bool parse_line(std::u16string_view line);
+
+  /// Stores a value without telling the control.
+  void store_value(std::u16string_view value) { value_ = value; }
+  /// Lengthens the value by a continuation line: CR LF and the line as it stands. Tells nobody.
+  void continue_value(std::u16string_view line);
+
+ private:
+  OwnerLink owner_;
+  std::u16string name_;
+  std::u16string value_;
+};
+
+}  // namespace vellobar

@@ -1,0 +1,101 @@
+// The header block of a message or part as an ordered, editable collection; duplicates are allowed. What was read from
+// a file is kept as one block of bytes, and a header becomes an object only when somebody asks for it; from then on
+// that object is the header. Edits by a client (Add, Remove, RemoveAll, and the puts of CHeader) tell the owning
+// control; reading tells nobody.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "mailbox/owner.h"
+
+namespace vellobar {
+
+class CHeader;
+
+class CHeaders {
+ public:
+  CHeaders();
+  explicit CHeaders(OwnerLink owner);
+  ~CHeaders();
+  CHeaders(const CHeaders&) = delete;
+  CHeaders& operator=(const CHeaders&) = delete;
+
+  std::int64_t Count() const { return static_cast<std::int64_t>(items_.size()); }
+
+  /// The header at a position counted from 0, or the first one of a name, compared without regard to case.
+  /// Status::invalid_argument when there is none.
+  std::shared_ptr<CHeader> Item(std::int64_t position);
+  std::shared_ptr<CHeader> Item(std::u16string_view name);
+  bool Exists(std::int64_t position) const;
+  bool Exists(std::u16string_view name) const;
+
+  /// All headers, each ended by CR LF; no empty line behind them.
+  std::u16string ToString() const;
+
+  /// Appends a header; never merges. One notification, whatever is stored.
+  std::shared_ptr<CHeader> Add(std::u16string_view name, std::u16string_view value = {});
+
+  /// Removes one header: at a position, the first of a name, or that very object. Status::invalid_argument when it is
+  /// not there.
+  void Remove(std::int64_t position);
+  void Remove(std::u16string_view name);
+  void Remove(const CHeader& header);
+  void RemoveAll();
+
+  /// Appends the header lines of a text, up to its first empty line. Continuation lines are not joined. Tells nobody.
+  void FromString(std::u16string_view headers_data);
+
+  // For the component's own use; none of these tells the control.
+
+  /// Parses one line without its line end and appends it: the name is all before the first colon, the value all behind
+  /// it less one leading space. A line without a colon is ignored.
+  void add_line(std::string_view line);
+  /// Lengthens the last header's value by CR LF and the line. There must be a header.
+  void continue_last(std::string_view line);
+
+  static constexpr std::size_t npos = static_cast<std::size_t>(-1);
+  /// Position of the first header of this name, without regard to case; npos when there is none.
+  std::size_t find(std::u16string_view name) const;
+  /// The same for a name of ASCII letters, digits and hyphens.
+  std::size_t find(std::string_view ascii_name) const;
+
+  /// The value at a position as bytes in the process code page.
+  std::string narrow_value(std::size_t position) const;
+  /// The name at a position, lower-cased, as bytes in the process code page.
+  std::string narrow_lower_name(std::size_t position) const;
+  std::u16string value(std::size_t position) const;
+
+  void set_value(std::size_t position, std::u16string_view value);
+  void erase(std::size_t position);
+  void append(std::u16string_view name, std::u16string_view value);
+
+  /// What ToString says, as the bytes that are written to a file.
+  std::string to_bytes() const;
+
+ private:
+  /// A header as it stood in the file, by its place in `text_`, until it became an object.
+  struct Entry {
+    std::size_t name_at = 0, name_size = 0, value_at = 0, value_size = 0;
+    std::shared_ptr<CHeader> object;
+  };
+
+  std::string_view stored_name(const Entry& entry) const;
+  std::string_view stored_value(const Entry& entry) const;
+  std::u16string name_of(const Entry& entry) const;
+  std::u16string value_of(const Entry& entry) const;
+  std::u16string line_of(const Entry& entry) const;
+  std::shared_ptr<CHeader> object_at(std::size_t position);
+  std::size_t checked(std::int64_t position) const;
+  std::size_t checked(std::u16string_view name) const;
+
+  OwnerLink owner_;
+  std::string text_;
+  std::vector<Entry> items_;
+};
+
+}  // namespace vellobar

@@ -1,0 +1,219 @@
+// A message of a mailbox, a part of a message, or a message that stands alone: one record for all three. The record
+// knows where its text lies in an open file; headers and body are read when somebody asks for them. Its sections are
+// implemented in the folders that own their rules: text storage in mailbox/, named headers, dates and addresses in
+// headers/.
+//
+// A message shares the file it reads from; when that file is closed it reads as empty. `collection` and the owner are
+// ways back that the other side clears.
+#pragma once
+
+#include <any>
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "mailbox/extent.h"
+#include "mailbox/owner.h"
+
+namespace vellobar {
+
+class CHeaders;
+class CMessages;
+
+namespace platform {
+class File;
+class ByteSink;
+}  // namespace platform
+
+class CMessage : public std::enable_shared_from_this<CMessage> {
+ public:
+  /// A message that stands alone: no owner, no collection, no file.
+  CMessage();
+  /// A message located by a scan.
+  CMessage(OwnerLink owner, CMessages* collection, std::shared_ptr<platform::File> file, const mailbox::Extent& extent);
+  /// A new message of a collection; its text is a file of its own of this size, or nothing.
+  CMessage(OwnerLink owner, CMessages* collection, std::shared_ptr<platform::File> own_file, std::int64_t size);
+  ~CMessage();
+  CMessage(const CMessage&) = delete;
+  CMessage& operator=(const CMessage&) = delete;
+
+  // ---- Text storage
+  // --------------------------------------------------------------------------------------------------
+
+  /// Byte position of the first line, and just behind the last one, in the file the message is read from.
+  std::int64_t StartPosition() const { return start_; }
+  std::int64_t EndPosition() const { return end_; }
+  /// EndPosition less StartPosition.
+  std::int64_t Size() const { return end_ - start_; }
+  /// Bytes and lines as counted by the scan; a message from a file of its own counts no lines (see Messages.Add, Peek).
+  std::int64_t Bytes() const { return bytes_; }
+  std::int64_t Lines() const { return lines_; }
+  /// For the client's own use.
+  std::any& Tag() { return tag_; }
+
+  /// Position in the collection; Status::fail when there is none or the message is not in it.
+  std::int64_t Index() const;
+
+  /// The first line, without its line end; a mailbox message's "From " line.
+  std::u16string MailInfo();
+  /// Marks the message and its mailbox changed; the text stays whatever is loaded later.
+  void SetMailInfo(std::u16string_view mail_info);
+
+  bool Changed() const { return changed_; }
+
+  /// Reads headers and body into memory.
+  void Load();
+  /// Drops everything that was read, and MailInfo; what a client changed and did not write is lost.
+  void Unload();
+  /// Makes a file of its own the message's text and reads its headers. Error 30006 when it cannot be opened or its
+  /// header block is unreadable; the message is then empty.
+  void Peek(std::u16string_view filename);
+  /// Writes the message to a file, replacing it. Error 30002 when it cannot be opened or is the locked mailbox itself.
+  void Save(std::u16string_view filename);
+
+  /// The body in the process code page. Error 30005 when it cannot be loaded.
+  std::u16string Text();
+  /// Replaces the body; the message is then read from a temporary file of its own. Does not count as a change.
+  void SetText(std::u16string_view text);
+  /// The whole message, headers included. Error 30005 when it cannot be loaded.
+  std::u16string Body();
+  /// Replaces the whole message, headers included, through a temporary file.
+  void SetBody(std::u16string_view body);
+
+  // ---- Headers
+  // -------------------------------------------------------------------------------------------------------
+
+  /// The header block. Error 30006 when it is unreadable.
+  std::shared_ptr<CHeaders> Headers();
+
+  // Named headers, decoded. A getter finds the first header of its name and gives an empty text when there is none; a
+  // setter replaces, removes (empty text) or appends one header and tells nobody. After the message was never read, a
+  // setter appends without looking.
+  std::u16string From();
+  void SetFrom(std::u16string_view addresses);
+  std::u16string Subject();
+  void SetSubject(std::u16string_view subject);
+  std::u16string CC();
+  void SetCC(std::u16string_view addresses);
+  std::u16string BCC();
+  void SetBCC(std::u16string_view addresses);
+  std::u16string To();
+  void SetTo(std::u16string_view addresses);
+  std::u16string ContentDescription();
+  void SetContentDescription(std::u16string_view value);
+  std::u16string ContentDisposition();
+  void SetContentDisposition(std::u16string_view value);
+  std::u16string ContentID();
+  void SetContentID(std::u16string_view value);
+  std::u16string ContentTransferEncoding();
+  void SetContentTransferEncoding(std::u16string_view value);
+  std::u16string ContentType();
+  void SetContentType(std::u16string_view value);
+  std::u16string MessageID();
+  void SetMessageID(std::u16string_view value);
+  std::u16string MIMEVersion();
+  void SetMIMEVersion(std::u16string_view value);
+  std::u16string ContentSubtype();
+  void SetContentSubtype(std::u16string_view value);
+  std::u16string ContentSubtypeParameters();
+  void SetContentSubtypeParameters(std::u16string_view value);
+
+  /// The "Date" header as an automation date in local time, the current time when there is none.
+  /// Status::invalid_argument when its month cannot be read.
+  double Date();
+  void SetDate(double date);
+
+  std::u16string FromName();
+  std::u16string FromEmail();
+  std::u16string ToName();
+  std::u16string ToEmail();
+
+  /// The charset named by the Content-Type header; putting it changes nothing.
+  std::u16string CharSet();
+  void SetCharSet(std::u16string_view charset);
+
+  // ---- Parts
+  // ---------------------------------------------------------------------------------------------------------
+
+  /// The collection of parts.
+  std::shared_ptr<CMessages> Parts();
+  /// The delimiter line of the parts, as far as it is known.
+  const std::u16string& PartsBoundary() const { return parts_boundary_; }
+
+  // ---- For the component's own use
+  // -----------------------------------------------------------------------------------
+
+  /// The header block, read on first use; null when it is unreadable.
+  CHeaders* load_headers();
+  /// The header block as far as it was read.
+  CHeaders* loaded_headers() const { return headers_.get(); }
+  /// A named header's decoded value; empty when there is none.
+  std::u16string decoded_header(std::string_view name);
+  /// Replaces, removes (empty value) or appends one header; tells nobody.
+  void set_header_value(std::string_view name, std::u16string_view value);
+  /// The Windows code page of the message's own charset name; 0 when it names none that counts.
+  int code_page();
+
+  const OwnerLink& owner() const { return owner_; }
+  CMessages* collection() const { return collection_; }
+  /// Called by the collection when it ends.
+  void forget_collection() { collection_ = nullptr; }
+
+  /// True when nothing was read or changed since the scan: the file still says all there is to say.
+  bool is_pristine() const;
+  /// True when the text is read from this file.
+  bool reads_from(const platform::File* file) const { return file_.get() == file; }
+
+  /// Writes the message as it is written to a mailbox: separator line, headers, empty line, body, parts. Throws
+  /// std::system_error when the sink fails or the message cannot be read whole.
+  void write(platform::ByteSink& sink);
+  /// Drops a body that only writing has loaded.
+  void drop_body() { body_.reset(); }
+  bool has_body() const { return body_.has_value(); }
+
+  /// Gives a message added to a mailbox the separator line it lacks, from its sender and date.
+  void make_separator_line();
+  /// Makes the message multipart for a part that is being added, when it has no boundary yet.
+  void make_multipart_for_added_part();
+  /// Reads the separator line, for a message that has one and whose MailInfo is not known yet.
+  void read_mail_info();
+  /// Stores MailInfo without telling anybody.
+  void store_mail_info(std::u16string_view mail_info);
+
+ private:
+  enum class HeaderState { not_read, read, unreadable };
+
+  void load_body();
+  void take_own_file(std::shared_ptr<platform::File> file, std::int64_t size);
+  void drop_content();
+  void drop_parts();
+  void delete_temporary_file(std::size_t slot);
+  void write_own_bytes(platform::ByteSink& sink);
+  std::u16string process_text(std::string_view bytes) const;
+
+  std::int64_t start_ = 0;
+  std::int64_t end_ = 0;
+  std::int64_t bytes_ = 0;
+  std::int64_t lines_ = 0;
+  std::any tag_;
+  std::u16string mail_info_;
+  bool has_separator_ = false;
+  bool changed_ = false;
+  bool has_own_file_ = false;
+  bool mail_info_given_ = false;
+  HeaderState header_state_ = HeaderState::not_read;
+  std::array<std::string, 3> temporary_files_;
+  std::shared_ptr<platform::File> file_;
+  OwnerLink owner_;
+  CMessages* collection_ = nullptr;
+  std::shared_ptr<CHeaders> headers_;
+  std::int64_t body_offset_ = 0;
+  std::optional<std::string> body_;
+  std::u16string parts_boundary_;
+  std::shared_ptr<CMessages> parts_;
+};
+
+}  // namespace vellobar

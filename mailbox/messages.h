@@ -1,0 +1,96 @@
+// An ordered collection of messages: a mailbox's, filled by a scan, or the parts of a message. A scanned message is an
+// extent in a compact table; its object is made when somebody asks for it, and then kept. Add, Remove and RemoveAll
+// tell the owning control.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "mailbox/extent.h"
+#include "mailbox/owner.h"
+
+namespace vellobar {
+
+class CMessage;
+
+namespace platform {
+class File;
+class ByteSink;
+}  // namespace platform
+
+class CMessages : public std::enable_shared_from_this<CMessages> {
+ public:
+  /// A mailbox's collection; without an owner it stands alone.
+  CMessages();
+  explicit CMessages(OwnerLink owner);
+  /// The parts of a message.
+  CMessages(OwnerLink owner, CMessage& parent);
+  ~CMessages();
+  CMessages(const CMessages&) = delete;
+  CMessages& operator=(const CMessages&) = delete;
+
+  std::int64_t Count() const { return static_cast<std::int64_t>(items_.size()); }
+
+  /// The message at a position counted from 0; Status::invalid_argument outside.
+  std::shared_ptr<CMessage> Item(std::int64_t index);
+
+  /// Appends a new empty message.
+  std::shared_ptr<CMessage> Add();
+  /// Appends a new message read from a file (name narrowed with the process code page); an empty name means a new empty
+  /// message. A file that cannot be opened: error 30011, Status::fail when the collection has no owner; nothing is
+  /// added.
+  std::shared_ptr<CMessage> Add(std::u16string_view filename);
+  /// Appends an existing message, which is loaded and keeps its own links. Null: Status::invalid_argument.
+  void Add(const std::shared_ptr<CMessage>& message);
+
+  /// Removes that very message (its first place); Status::invalid_argument when it is not here.
+  void Remove(const CMessage& message);
+  void RemoveAll();
+
+  // For the component's own use.
+
+  /// Position of the first place that holds this very message, -1 when it is not here.
+  std::int64_t position_of(const CMessage& message) const;
+
+  /// Appends a record for each message found between `from` and `limit`; the records read from this file later. Returns
+  /// whether everything up to the limit was indexed. Error 8 when memory runs out: what was found stays.
+  bool scan(const std::shared_ptr<platform::File>& file, std::int64_t from, std::int64_t limit);
+
+  /// A new message whose text is an open file of this size, appended without telling the control. A parts collection
+  /// makes its parent multipart first when it is not.
+  std::shared_ptr<CMessage> adopt(std::shared_ptr<platform::File> file, std::int64_t size);
+
+  /// Writes all messages, with delimiter lines around those of a parts collection.
+  void write(platform::ByteSink& sink);
+
+  /// The separator line that starts each message: "From ", or a parts collection's delimiter.
+  const std::u16string& separator() const { return separator_; }
+  void set_separator(std::u16string_view separator) { separator_ = separator; }
+
+  const OwnerLink& owner() const { return owner_; }
+  CMessage* parent() const { return parent_; }
+  /// Called by the parent message when it lets this collection go.
+  void forget_parent() { parent_ = nullptr; }
+
+ private:
+  struct Entry {
+    mailbox::Extent extent;
+    std::shared_ptr<CMessage> object;
+  };
+
+  const std::shared_ptr<CMessage>& object_at(std::size_t index);
+  void write_entry(Entry& entry, platform::ByteSink& sink);
+  void append(std::shared_ptr<CMessage> message);
+  void let_go(CMessage& message);
+
+  OwnerLink owner_;
+  CMessage* parent_ = nullptr;
+  std::u16string separator_;
+  std::shared_ptr<platform::File> file_;
+  std::deque<Entry> items_;
+};
+
+}  // namespace vellobar

@@ -1,0 +1,22 @@
+// The way back from a record to the control. All records of one locked mailbox share one `Owner`; the control clears it
+// once, when it lets go of them (unlock, or its own end), and from then on none of them can reach it. Records that
+// belong to no mailbox hold no owner at all.
+#pragma once
+
+#include <memory>
+
+namespace vellobar {
+
+class CVellobar;
+
+struct Owner {
+  CVellobar* control = nullptr;
+};
+
+using OwnerLink = std::shared_ptr<Owner>;
+
+/// Tells the control, if there is one, that a client changed something in its mailbox. With AutoUpdate on, the mailbox
+/// is written before this returns.
+void mark_changed(const OwnerLink& owner);
+
+}  // namespace vellobar
