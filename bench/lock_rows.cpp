@@ -3,11 +3,14 @@
 #include <algorithm>
 #include <cstdlib>
 #include <ctime>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <stdexcept>
 
+#include "mailbox/messages.h"
 #include "mailbox/scanner.h"
+#include "mailbox/vellobar.h"
 #include "platform/file.h"
 
 namespace vellobar::bench {
@@ -54,14 +57,21 @@ std::int64_t scan_at(const std::string& mailbox, mailbox::SearchLevel level) {
   return static_cast<std::int64_t>(table.size());
 }
 
+std::int64_t lock(const std::string& mailbox) {
+  CVellobar control;
+  control.SetFilename(std::filesystem::path(mailbox).u16string());
+  control.Lock();
+  return control.Messages()->Count();
+}
+
 std::vector<Row> make_rows() {
   std::vector<Row> made = {
       {"read", "plain read, chunks 16 KB to 16 MB",
        [](const std::string& path) { return read_only(path, kFirstChunk, kChunkDoublesBelow); }},
       {"read-256k", "plain read, blocks of 256 KB",
        [](const std::string& path) { return read_only(path, kSmallBlock, kSmallBlock); }},
-      {"scan", "scan, as Lock runs it",
-       [](const std::string& path) { return scan_at(path, mailbox::best_search_level()); }},
+      {"lock", "Lock", lock},
+      {"scan", "scan, best masks", [](const std::string& path) { return scan_at(path, mailbox::best_search_level()); }},
       {"scan-sse2", "scan, SSE2 masks",
        [](const std::string& path) {
          return scan_at(path, std::min(mailbox::SearchLevel::sse2, mailbox::best_search_level()));
