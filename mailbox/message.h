@@ -165,9 +165,11 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   std::int64_t remembered_index() const { return remembered_index_; }
   void remember_index(std::int64_t index) const { remembered_index_ = index; }
 
-  /// Writes the message as it is written to a mailbox: separator line, headers, empty line, body, parts. Throws
-  /// std::system_error when the sink fails or the message cannot be read whole.
-  void write(platform::ByteSink& sink);
+  /// Where a message is written: between delimiter lines it never gets a separator line.
+  enum class Place { alone, part };
+  /// Writes the message: separator line, headers, empty line, body, parts. Throws std::system_error when the sink fails or the
+  /// message cannot be read whole.
+  void write(platform::ByteSink& sink, Place place);
   /// Drops what only writing has read.
   void drop_what_writing_read(bool had_headers, bool had_body);
   bool has_body() const { return body_.has_value(); }
@@ -195,9 +197,11 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   void close_own_file();
   void delete_temporary_file(std::size_t slot);
   void write_to_file(const std::string& path);
-  std::optional<std::string> separator_line_to_write() const;
-  void write_separator_line(platform::ByteSink& sink) const;
-  void write_own_bytes(platform::ByteSink& sink);
+  /// Where Save and Text put write it.
+  Place own_place() const;
+  std::optional<std::string> separator_line_for(Place place) const;
+  void write_separator_line(platform::ByteSink& sink, Place place) const;
+  void write_own_bytes(platform::ByteSink& sink, Place place);
 
   std::int64_t start_ = 0;
   std::int64_t end_ = 0;

@@ -99,7 +99,7 @@ void CMessage::SetText(std::u16string_view text) {
   write_to_file(file.path());
   std::shared_ptr<platform::File> opened = platform::File::open(file.path());
   if (!opened) throw Error(ErrorNumber::cannot_load_headers, Reporter::message);
-  read_from_own_file(std::move(opened), separator_line_to_write().has_value());
+  read_from_own_file(std::move(opened), separator_line_for(own_place()).has_value());
   delete_temporary_file(kTextFile);
   temporary_files_[kTextFile] = file.keep();
 }

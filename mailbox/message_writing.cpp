@@ -39,48 +39,51 @@ void CMessage::write_to_file(const std::string& path) {
   try {
     const std::unique_ptr<platform::OutputFile> output = platform::OutputFile::create(path);
     if (!output) throw Error(ErrorNumber::cannot_update_mailbox, Reporter::message);
-    write(*output);
+    write(*output, own_place());
     output->close();
   } catch (const std::system_error&) {
     throw Error(ErrorNumber::cannot_update_mailbox, Reporter::message);
   }
 }
 
-void CMessage::write(platform::ByteSink& sink) {
+void CMessage::write(platform::ByteSink& sink, Place place) {
   if (load_headers() == nullptr) {
-    write_own_bytes(sink);
+    write_own_bytes(sink, place);
     return;
   }
   Load();
   if (is_cut_short_) refuse_cut_message();
-  write_separator_line(sink);
+  write_separator_line(sink, place);
   sink.write(headers_->to_bytes());
   sink.write(kLineEnd);
   sink.write(*body_);
   if (parts_) parts_->write(sink);
 }
 
-std::optional<std::string> CMessage::separator_line_to_write() const {
-  const bool is_part = collection_ != nullptr && collection_->parent() != nullptr;
-  if (is_part) return std::nullopt;
+CMessage::Place CMessage::own_place() const {
+  return collection_ != nullptr && collection_->parent() != nullptr ? Place::part : Place::alone;
+}
+
+std::optional<std::string> CMessage::separator_line_for(Place place) const {
+  if (place == Place::part) return std::nullopt;
   std::string line = platform::narrow(platform::process_code_page(), mail_info_);
   if (!line.starts_with(kSeparator)) return std::nullopt;
   return line;
 }
 
-void CMessage::write_separator_line(platform::ByteSink& sink) const {
-  const std::optional<std::string> line = separator_line_to_write();
+void CMessage::write_separator_line(platform::ByteSink& sink, Place place) const {
+  const std::optional<std::string> line = separator_line_for(place);
   if (!line) return;
   sink.write(*line);
   sink.write(kLineEnd);
 }
 
-void CMessage::write_own_bytes(platform::ByteSink& sink) {
+void CMessage::write_own_bytes(platform::ByteSink& sink, Place place) {
   if (!file_) return;
   std::int64_t position = start_;
   if (mail_info_given_) {
     // The client's separator line takes the place of the one in the file.
-    write_separator_line(sink);
+    write_separator_line(sink, place);
     if (has_separator_) {
       headers::LineReader reader(*file_, start_);
       reader.next();

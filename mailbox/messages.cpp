@@ -177,15 +177,16 @@ void CMessages::write(platform::ByteSink& sink) {
 }
 
 void CMessages::write_entry(Entry& entry, platform::ByteSink& sink) {
+  const CMessage::Place place = parent_ != nullptr ? CMessage::Place::part : CMessage::Place::alone;
   if (!entry.object) {
-    CMessage(owner_, this, file_, entry.extent).write(sink);
+    CMessage(owner_, this, file_, entry.extent).write(sink, place);
     return;
   }
   // What a client holds stays in memory afterwards, since the file it was read from is about to be replaced.
   const bool is_held = entry.object.use_count() > 1;
   const bool had_headers = entry.object->loaded_headers() != nullptr;
   const bool had_body = entry.object->has_body();
-  entry.object->write(sink);
+  entry.object->write(sink, place);
   if (!is_held) entry.object->drop_what_writing_read(had_headers, had_body);
 }
 

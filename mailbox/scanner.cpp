@@ -55,7 +55,9 @@ const char* behind_next_line_feed(const char* from, const char* end) {
 
 /// Just behind the last line feed, `from` when there is none.
 const char* behind_last_line_feed(const char* from, const char* end) {
-  while (end > from && end[-1] != '\n') --end;
+  // Blocks without any are found fast; otherwise the last one is a line's length away.
+  if (from == end || std::memchr(from, '\n', static_cast<std::size_t>(end - from)) == nullptr) return from;
+  while (end[-1] != '\n') --end;
   return end;
 }
 
