@@ -70,7 +70,10 @@ prepare_prefix() {
   exec 9>"$WINEPREFIX.lock"
   flock 9
   if ! prefix_is_ready; then
-    if [ -e "$WINEPREFIX/.being-made" ]; then rm -rf "$WINEPREFIX"; fi
+    if [ -e "$WINEPREFIX/.being-made" ]; then
+      "$WINESERVER" -k 9>&- 2>/dev/null
+      rm -rf "$WINEPREFIX"
+    fi
     mkdir -p "$WINEPREFIX"
     touch "$WINEPREFIX/.being-made"
     # Wine's server outlives this command and must not inherit the lock; waiting for it puts the registry on disk.
