@@ -9,10 +9,12 @@ namespace vellobar::codecs {
 
 inline constexpr unsigned char kHexDigits[] = "0123456789ABCDEF";
 
-/// A value of no digit. Larger than any byte, so that a pair with one is recognised by its size.
-inline constexpr unsigned short kNoHexDigit = 256;
+/// Marks in a joined pair. Larger than any byte, so that a pair without a value is recognised by its size.
+inline constexpr unsigned short kNoHexDigit = 0x100;
+inline constexpr unsigned short kSoftBreak = 0xC00;  ///< CR and LF
 
-/// For each byte what it adds to an escaped value as first and as second digit, or kNoHexDigit.
+/// For each byte what it adds to an escaped value as first and as second digit. A pair joined by "|" is the value, or
+/// kSoftBreak, or something else.
 struct HexPairs {
   std::array<unsigned short, 256> high;
   std::array<unsigned short, 256> low;
@@ -26,6 +28,8 @@ constexpr HexPairs make_hex_pairs() {
     pairs.high[kHexDigits[value]] = static_cast<unsigned short>(value << 4);
     pairs.low[kHexDigits[value]] = static_cast<unsigned short>(value);
   }
+  pairs.high['\r'] = 0x400;
+  pairs.low['\n'] = 0x800;
   return pairs;
 }
 inline constexpr HexPairs kHexPairs = make_hex_pairs();

@@ -96,11 +96,9 @@ Progress decode_quoted_printable(const unsigned char* from, std::size_t size, un
     if (size - done.read < 3) break;
     const unsigned char first = from[done.read + 1], second = from[done.read + 2];
     const unsigned value = kHexPairs.high[first] | kHexPairs.low[second];
-    if (value <= 255) {
-      to[done.written++] = static_cast<unsigned char>(value);
-    } else if (first != '\r' || second != '\n') {
-      break;
-    }
+    if (value > 255 && value != kSoftBreak) break;
+    to[done.written] = static_cast<unsigned char>(value);
+    done.written += value <= 255 ? 1 : 0;
     done.read += 3;
   }
   return done;

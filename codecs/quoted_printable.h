@@ -20,9 +20,10 @@ namespace vellobar::codecs {
 /// break. At least 25 bytes stand before a break: 24 of them fill no more than 72 characters.
 constexpr std::size_t quoted_printable_encoded_room(std::size_t size) { return 3 * size + 3 * (size / 25); }
 
-/// Room that `decode_quoted_printable` needs for `size` characters. Equals signs in a row are passed on three at a
-/// time, for each of them but the first two.
+/// Room that `decode_quoted_printable` needs at the most for `size` characters, and what it needs for this text. Equals
+/// signs in a row, and broken escapes that share one, are passed on in threes, so that the text can grow.
 constexpr std::size_t quoted_printable_decoded_room(std::size_t size) { return 3 * size; }
+std::size_t quoted_printable_decoded_room(std::string_view text);
 
 /// Encodes with at most 73 characters before a soft break. `to` has room for quoted_printable_encoded_room(size)
 /// characters. Returns the number of characters written.
@@ -30,7 +31,7 @@ std::size_t encode_quoted_printable(const unsigned char* from, std::size_t size,
 std::string encode_quoted_printable(std::string_view bytes);
 
 /// Decodes. The second character of every escape is stored back into `from` in upper case. `to` has room for
-/// quoted_printable_decoded_room(size) bytes. With `underscore_is_space`, "_" gives a space (RFC 2047, section 4.2).
+/// either quoted_printable_decoded_room. With `underscore_is_space`, "_" gives a space (RFC 2047, section 4.2).
 /// Returns the number of bytes written.
 std::size_t decode_quoted_printable(unsigned char* from, std::size_t size, unsigned char* to,
                                     bool underscore_is_space = false);

@@ -10,7 +10,7 @@ namespace {
 /// -1 for what is no digit.
 int digit_value(unsigned char digit) {
   const unsigned value = kHexPairs.low[digit];
-  return value == kNoHexDigit ? -1 : static_cast<int>(value);
+  return value > 15 ? -1 : static_cast<int>(value);
 }
 
 }  // namespace

@@ -17,8 +17,9 @@ class QuotedPrintableDecoder {
   explicit QuotedPrintableDecoder(BrokenEscape broken, bool underscore_is_space = false)
       : broken_(broken), underscore_is_space_(underscore_is_space) {}
 
-  /// Decodes the next piece; the second character of an escape is stored back in upper case. `to` has room for 3 * size
-  /// bytes, all of which may be written to. Returns the number of bytes decoded.
+  /// Decodes the next piece; the second character of an escape is stored back in upper case. `to` has room for `size`
+  /// bytes where broken escapes give one byte, otherwise for two more for each "=". Returns the number of bytes
+  /// decoded.
   std::size_t decode(unsigned char* from, std::size_t size, unsigned char* to);
 
  private:

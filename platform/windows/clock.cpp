@@ -5,6 +5,7 @@
 #include <oleauto.h>
 
 #include <algorithm>
+#include <iterator>
 
 #include "platform/clock_source.h"
 
