@@ -2,7 +2,7 @@
 // Status::fail; lower bounds may be anything.
 #pragma once
 
-#include <oleauto.h>
+#include <ole2.h>
 
 #include <span>
 

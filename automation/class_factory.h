@@ -1,7 +1,7 @@
 // What DllGetClassObject answers: a class factory for each of the nine classes.
 #pragma once
 
-#include <unknwn.h>
+#include <ole2.h>
 
 namespace vellobar::automation {
 

@@ -1,8 +1,8 @@
-// The nine classes a client can create: one row each, from which the class factories, the registration and the source of
-// error information are answered.
+// The nine classes a client can create: one row each, from which the class factories, the registration and the source
+// of error information are answered.
 #pragma once
 
-#include <unknwn.h>
+#include <ole2.h>
 
 #include <cstddef>
 #include <span>

@@ -1,5 +1,5 @@
-// What the encoder and the decoder object share: how file names, byte arrays and texts reach a member of the core's class.
-// The objects have no state.
+// What the encoder and the decoder object share: how file names, byte arrays and texts reach a member of the core's
+// class. The objects have no state.
 #pragma once
 
 #include <functional>
@@ -13,30 +13,30 @@ namespace vellobar::automation {
 template <class Interface, class Coder>
 class CodingObject : public Object<Interface> {
  protected:
-  template <class Member>
-  HRESULT code_file(BSTR in_file, BSTR out_file, Member member) noexcept {
-    return guarded([&] { std::invoke(member, Coder(), text_of(in_file), text_of(out_file)); });
+  template <auto Member>
+  HRESULT code_file(BSTR in_file, BSTR out_file) noexcept {
+    return guarded([&] { std::invoke(Member, Coder(), text_of(in_file), text_of(out_file)); });
   }
 
   /// Both places may name the same array: the old one goes only when the result is complete.
-  template <class Member>
-  HRESULT code_data(SAFEARRAY** in_data, SAFEARRAY** out_data, Member member) noexcept {
+  template <auto Member>
+  HRESULT code_data(SAFEARRAY** in_data, SAFEARRAY** out_data) noexcept {
     return guarded([&] {
       std::vector<unsigned char> result;
       {
         const ArrayBytes in(in_data);
         if (out_data == nullptr) return;
-        result = std::invoke(member, Coder(), in.bytes());
+        result = std::invoke(Member, Coder(), in.bytes());
       }
       replace_array(out_data, result);
     });
   }
 
   /// A result without characters leaves the client's place as it was.
-  template <class Member>
-  HRESULT code_text(BSTR in_text, BSTR* out_text, Member member) noexcept {
+  template <auto Member>
+  HRESULT code_text(BSTR in_text, BSTR* out_text) noexcept {
     return guarded([&] {
-      const std::u16string result = std::invoke(member, Coder(), text_of(in_text));
+      const std::u16string result = std::invoke(Member, Coder(), text_of(in_text));
       if (out_text != nullptr && !result.empty()) hand_out(out_text, result);
     });
   }

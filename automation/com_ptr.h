@@ -1,7 +1,7 @@
 // The owner of one reference to a COM object.
 #pragma once
 
-#include <unknwn.h>
+#include <ole2.h>
 
 #include <utility>
 

@@ -12,23 +12,23 @@ using codecs::CDecoder;
 
 class DecoderObject final : public CodingObject<IvDecoder, CDecoder> {
  public:
-  STDMETHODIMP Base64(BSTR in, BSTR out) override { return code_file(in, out, &CDecoder::Base64); }
-  STDMETHODIMP Uudecode(BSTR in, BSTR out) override { return code_file(in, out, &CDecoder::Uudecode); }
-  STDMETHODIMP QuotedPrintable(BSTR in, BSTR out) override { return code_file(in, out, &CDecoder::QuotedPrintable); }
-  STDMETHODIMP BinHex4(BSTR in, BSTR out) override { return code_file(in, out, &CDecoder::BinHex4); }
+  STDMETHODIMP Base64(BSTR in, BSTR out) override { return code_file<&CDecoder::Base64>(in, out); }
+  STDMETHODIMP Uudecode(BSTR in, BSTR out) override { return code_file<&CDecoder::Uudecode>(in, out); }
+  STDMETHODIMP QuotedPrintable(BSTR in, BSTR out) override { return code_file<&CDecoder::QuotedPrintable>(in, out); }
+  STDMETHODIMP BinHex4(BSTR in, BSTR out) override { return code_file<&CDecoder::BinHex4>(in, out); }
   STDMETHODIMP Base64Data(SAFEARRAY** in, SAFEARRAY** out) override {
-    return code_data(in, out, &CDecoder::Base64Data);
+    return code_data<&CDecoder::Base64Data>(in, out);
   }
   STDMETHODIMP QuotedPrintableData(SAFEARRAY** in, SAFEARRAY** out) override {
-    return code_data(in, out, &CDecoder::QuotedPrintableData);
+    return code_data<&CDecoder::QuotedPrintableData>(in, out);
   }
   STDMETHODIMP UudecodeData(SAFEARRAY** in, SAFEARRAY** out) override {
-    return code_data(in, out, &CDecoder::UudecodeData);
+    return code_data<&CDecoder::UudecodeData>(in, out);
   }
-  STDMETHODIMP Base64Text(BSTR in, BSTR* out) override { return code_text(in, out, &CDecoder::Base64Text); }
-  STDMETHODIMP UudecodeText(BSTR in, BSTR* out) override { return code_text(in, out, &CDecoder::UudecodeText); }
+  STDMETHODIMP Base64Text(BSTR in, BSTR* out) override { return code_text<&CDecoder::Base64Text>(in, out); }
+  STDMETHODIMP UudecodeText(BSTR in, BSTR* out) override { return code_text<&CDecoder::UudecodeText>(in, out); }
   STDMETHODIMP QuotedPrintableText(BSTR in, BSTR* out) override {
-    return code_text(in, out, &CDecoder::QuotedPrintableText);
+    return code_text<&CDecoder::QuotedPrintableText>(in, out);
   }
 };
 

@@ -12,23 +12,23 @@ using codecs::CEncoder;
 
 class EncoderObject final : public CodingObject<IvEncoder, CEncoder> {
  public:
-  STDMETHODIMP Base64(BSTR in, BSTR out) override { return code_file(in, out, &CEncoder::Base64); }
-  STDMETHODIMP Uuencode(BSTR in, BSTR out) override { return code_file(in, out, &CEncoder::Uuencode); }
-  STDMETHODIMP QuotedPrintable(BSTR in, BSTR out) override { return code_file(in, out, &CEncoder::QuotedPrintable); }
-  STDMETHODIMP BinHex4(BSTR in, BSTR out) override { return code_file(in, out, &CEncoder::BinHex4); }
+  STDMETHODIMP Base64(BSTR in, BSTR out) override { return code_file<&CEncoder::Base64>(in, out); }
+  STDMETHODIMP Uuencode(BSTR in, BSTR out) override { return code_file<&CEncoder::Uuencode>(in, out); }
+  STDMETHODIMP QuotedPrintable(BSTR in, BSTR out) override { return code_file<&CEncoder::QuotedPrintable>(in, out); }
+  STDMETHODIMP BinHex4(BSTR in, BSTR out) override { return code_file<&CEncoder::BinHex4>(in, out); }
   STDMETHODIMP Base64Data(SAFEARRAY** in, SAFEARRAY** out) override {
-    return code_data(in, out, &CEncoder::Base64Data);
+    return code_data<&CEncoder::Base64Data>(in, out);
   }
   STDMETHODIMP QuotedPrintableData(SAFEARRAY** in, SAFEARRAY** out) override {
-    return code_data(in, out, &CEncoder::QuotedPrintableData);
+    return code_data<&CEncoder::QuotedPrintableData>(in, out);
   }
   STDMETHODIMP UuencodeData(SAFEARRAY** in, SAFEARRAY** out) override {
-    return code_data(in, out, &CEncoder::UuencodeData);
+    return code_data<&CEncoder::UuencodeData>(in, out);
   }
-  STDMETHODIMP Base64Text(BSTR in, BSTR* out) override { return code_text(in, out, &CEncoder::Base64Text); }
-  STDMETHODIMP UuencodeText(BSTR in, BSTR* out) override { return code_text(in, out, &CEncoder::UuencodeText); }
+  STDMETHODIMP Base64Text(BSTR in, BSTR* out) override { return code_text<&CEncoder::Base64Text>(in, out); }
+  STDMETHODIMP UuencodeText(BSTR in, BSTR* out) override { return code_text<&CEncoder::UuencodeText>(in, out); }
   STDMETHODIMP QuotedPrintableText(BSTR in, BSTR* out) override {
-    return code_text(in, out, &CEncoder::QuotedPrintableText);
+    return code_text<&CEncoder::QuotedPrintableText>(in, out);
   }
 };
 

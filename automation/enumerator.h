@@ -1,8 +1,9 @@
-// The enumerator of a collection: a walk over the items that the collection had when the enumerator was made, however many
-// they are. Each goes out as a VARIANT of type VT_DISPATCH. Copies share the items and have a position of their own.
+// The enumerator of a collection: a walk over the items that the collection had when the enumerator was made, however
+// many they are. Each goes out as a VARIANT of type VT_DISPATCH. Copies share the items and have a position of their
+// own.
 #pragma once
 
-#include <oleauto.h>
+#include <ole2.h>
 
 #include <atomic>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "automation/error_info.h"
 
-#include <oleauto.h>
+#include <ole2.h>
 
 #include <exception>
 #include <string>

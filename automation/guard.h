@@ -1,9 +1,9 @@
-// The one boundary between the component and its clients: nothing is thrown across it. A numbered error becomes 0x800A0000
-// plus its number, with error information; a bare status becomes the HRESULT of its name, without. Every call starts by
-// clearing the thread's error information, so that none is left behind by a call that succeeds.
+// The one boundary between the component and its clients: nothing is thrown across it. A numbered error becomes
+// 0x800A0000 plus its number, with error information; a bare status becomes the HRESULT of its name, without. Every
+// call starts by clearing the thread's error information, so that none is left behind by a call that succeeds.
 #pragma once
 
-#include <winerror.h>
+#include <windows.h>
 
 #include "automation/error_info.h"
 

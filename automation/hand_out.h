@@ -1,8 +1,8 @@
-// Values on their way to a client: each overload stores one kind of value where the client wants it. A number that its type
-// cannot hold is Status::overflow, never a wrapped one.
+// Values on their way to a client: each overload stores one kind of value where the client wants it. A number that its
+// type cannot hold is Status::overflow, never a wrapped one.
 #pragma once
 
-#include <oleauto.h>
+#include <ole2.h>
 
 #include <concepts>
 #include <cstdint>
@@ -23,8 +23,7 @@ inline void hand_out(VARIANT_BOOL* to, std::same_as<bool> auto flag) { *to = fla
 
 /// `short`, `long` and the enumerations.
 template <class Number>
-  requires(std::is_integral_v<Number> || std::is_enum_v<Number>)
-void hand_out(Number* to, std::int64_t value) {
+requires(std::is_integral_v<Number> || std::is_enum_v<Number>) void hand_out(Number* to, std::int64_t value) {
   if (!std::in_range<std::conditional_t<std::is_enum_v<Number>, std::int32_t, Number>>(value)) {
     throw Error(Status::overflow);
   }

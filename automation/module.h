@@ -1,5 +1,5 @@
-// The module as the system sees it: where it was loaded, and what keeps it loaded. Every object that a client can hold and
-// every server lock counts as one; the module may be unloaded when none is left.
+// The module as the system sees it: where it was loaded, and what keeps it loaded. Every object that a client can hold
+// and every server lock counts as one; the module may be unloaded when none is left.
 #pragma once
 
 #include <windows.h>

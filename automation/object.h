@@ -1,9 +1,9 @@
-// What every automation object has in common: counted references, IDispatch answered from the type library (so that a call
-// by identifier and a call through the table of methods reach the same code), and error information for its own interface.
-// An object counts for the module as long as it lives.
+// What every automation object has in common: counted references, IDispatch answered from the type library (so that a
+// call by identifier and a call through the table of methods reach the same code), and error information for its own
+// interface. An object counts for the module as long as it lives.
 #pragma once
 
-#include <oaidl.h>
+#include <ole2.h>
 
 #include <atomic>
 

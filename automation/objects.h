@@ -1,5 +1,5 @@
-// The automation objects by the core objects they stand for. `wrap` finds the living one or makes it; the `new_` functions
-// make objects that stand alone, for the class factories.
+// The automation objects by the core objects they stand for. `wrap` finds the living one or makes it; the `new_`
+// functions make objects that stand alone, for the class factories.
 #pragma once
 
 #include <memory>

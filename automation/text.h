@@ -2,7 +2,7 @@
 // an empty one are the same text inside; an empty text goes out as a null string.
 #pragma once
 
-#include <oleauto.h>
+#include <ole2.h>
 
 #include <string_view>
 

@@ -1,8 +1,8 @@
-// The type library that the module carries as its resource 1, and the description of each interface in it. Descriptions are
-// read once and kept until the module is unloaded.
+// The type library that the module carries as its resource 1, and the description of each interface in it. Descriptions
+// are read once and kept until the module is unloaded.
 #pragma once
 
-#include <oaidl.h>
+#include <ole2.h>
 
 #include <string>
 

@@ -74,7 +74,7 @@ std::optional<Index> index_in(const VARIANT& value) {
   if (type == VT_DISPATCH || type == VT_UNKNOWN) return std::nullopt;
   VARIANT position;
   VariantInit(&position);
-  if (FAILED(VariantChangeType(&position, &plain.value(), 0, VT_I2))) return std::nullopt;
+  if (FAILED(VariantChangeType(&position, const_cast<VARIANT*>(&plain.value()), 0, VT_I2))) return std::nullopt;
   return Index{std::nullopt, V_I2(&position)};
 }
 

@@ -2,7 +2,7 @@
 // reference that leads nowhere is an invalid argument. Nothing here asks an object for its default value.
 #pragma once
 
-#include <oleauto.h>
+#include <ole2.h>
 
 #include <cstdint>
 #include <optional>
@@ -45,8 +45,8 @@ struct Index {
   std::optional<std::u16string> name;
   std::int64_t position = 0;
 };
-/// A string is a name; anything else that converts to a 16-bit integer is a position. None for what does not convert (null,
-/// missing, too large, an object, an array, a reference that leads nowhere).
+/// A string is a name; anything else that converts to a 16-bit integer is a position. None for what does not convert
+/// (null, missing, too large, an object, an array, a reference that leads nowhere).
 std::optional<Index> index_in(const VARIANT& value);
 
 }  // namespace vellobar::automation

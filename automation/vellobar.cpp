@@ -53,8 +53,6 @@ class VellobarObject final : public CoreObject<VellobarObject, IVellobar, CVello
 
 }  // namespace
 
-ComPtr<IUnknown> new_vellobar() {
-  return query<IUnknown>(VellobarObject::of(std::make_shared<CVellobar>()).get());
-}
+ComPtr<IUnknown> new_vellobar() { return query<IUnknown>(VellobarObject::of(std::make_shared<CVellobar>()).get()); }
 
 }  // namespace vellobar::automation
