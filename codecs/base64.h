@@ -9,6 +9,8 @@
 #include <string>
 #include <string_view>
 
+#include "codecs/sextets.h"
+
 namespace vellobar::platform {
 class ByteSink;
 class File;
@@ -17,10 +19,10 @@ class File;
 namespace vellobar::codecs {
 
 /// Characters that `encode_base64` writes for `size` bytes.
-constexpr std::size_t base64_encoded_size(std::size_t size) { return (size + 2) / 3 * 4; }
+constexpr std::size_t base64_encoded_size(std::size_t size) { return whole_groups_encoded(size); }
 
 /// Room that `decode_base64` needs for `size` characters: three bytes for each started group.
-constexpr std::size_t base64_decoded_room(std::size_t size) { return (size + 3) / 4 * 3; }
+constexpr std::size_t base64_decoded_room(std::size_t size) { return started_groups_decoded(size); }
 
 /// Encodes to one unbroken line, padded, without a line end. `to` has room for base64_encoded_size(size) characters.
 /// Returns the number of characters written.

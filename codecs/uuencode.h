@@ -10,6 +10,8 @@
 #include <string>
 #include <string_view>
 
+#include "codecs/sextets.h"
+
 namespace vellobar::platform {
 class ByteSink;
 class File;
@@ -18,10 +20,10 @@ class File;
 namespace vellobar::codecs {
 
 /// Room that `encode_uu` needs for `size` bytes.
-constexpr std::size_t uu_encoded_room(std::size_t size) { return (size + 2) / 3 * 4; }
+constexpr std::size_t uu_encoded_room(std::size_t size) { return whole_groups_encoded(size); }
 
 /// Bytes that `decode_uu` writes for `size` characters: three for each started group.
-constexpr std::size_t uu_decoded_size(std::size_t size) { return (size + 3) / 4 * 3; }
+constexpr std::size_t uu_decoded_size(std::size_t size) { return started_groups_decoded(size); }
 
 /// Encodes to letters alone; a last group of 1 or 2 bytes gives 2 or 3 of them. `to` has room for uu_encoded_room(size)
 /// characters. Returns the number of characters written.

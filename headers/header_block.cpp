@@ -14,7 +14,8 @@ namespace vellobar::headers {
 std::string_view LineReader::next() {
   for (std::size_t searched = 0;;) {
     const std::string_view held(buffer_.data() + begin_, end_ - begin_);
-    const void* feed = held.size() > searched ? std::memchr(held.data() + searched, '\n', held.size() - searched) : nullptr;
+    const void* feed =
+        held.size() > searched ? std::memchr(held.data() + searched, '\n', held.size() - searched) : nullptr;
     std::size_t size = held.size();
     if (feed != nullptr) {
       size = static_cast<std::size_t>(static_cast<const char*>(feed) - held.data()) + 1;

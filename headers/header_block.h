@@ -1,5 +1,5 @@
-// Reading header lines out of a file. A line is at most 16,384 bytes, its line feed included; a longer one comes in pieces
-// of that size, which is how a reader learns that it is too long.
+// Reading header lines out of a file. A line is at most 16,384 bytes, its line feed included; a longer one comes in
+// pieces of that size, which is how a reader learns that it is too long.
 #pragma once
 
 #include <array>
@@ -19,8 +19,8 @@ class LineReader {
  public:
   LineReader(platform::File& file, std::int64_t position) : file_(file), position_(position) {}
 
-  /// The next line with its line feed, a piece of kLongestLine bytes without one, or, at the end of the file, what is left
-  /// (nothing at last). Valid until the next call.
+  /// The next line with its line feed, a piece of kLongestLine bytes without one, or, at the end of the file, what is
+  /// left (nothing at last). Valid until the next call.
   std::string_view next();
 
   /// File position behind the lines handed out so far.

@@ -20,13 +20,13 @@ std::u16string widen(std::string_view bytes) { return platform::widen(platform::
 
 template <typename Character>
 bool equal_without_case(std::basic_string_view<Character> name, std::u16string_view lower_wanted) {
-  return std::equal(name.begin(), name.end(), lower_wanted.begin(), lower_wanted.end(), [](Character c, char16_t wanted) {
-    return static_cast<char16_t>(platform::lower_ascii(c)) == wanted;
-  });
+  return std::equal(
+      name.begin(), name.end(), lower_wanted.begin(), lower_wanted.end(),
+      [](Character c, char16_t wanted) { return static_cast<char16_t>(platform::lower_ascii(c)) == wanted; });
 }
 
-/// A wanted name, folded once. Printable ASCII, which is nearly every name there is, is compared as it stands; anything else
-/// goes through the platform's case folding and comparison.
+/// A wanted name, folded once. Printable ASCII, which is nearly every name there is, is compared as it stands; anything
+/// else goes through the platform's case folding and comparison.
 class WantedName {
  public:
   explicit WantedName(std::u16string_view name)
@@ -47,8 +47,8 @@ class WantedName {
   std::u16string folded_;
 };
 
-/// Bytes as they stand in a file, as they would look after being widened with the thread's code page and narrowed with the
-/// process code page.
+/// Bytes as they stand in a file, as they would look after being widened with the thread's code page and narrowed with
+/// the process code page.
 std::string through_process_code_page(std::string_view bytes) {
   const int code_page = platform::process_code_page();
   if (platform::is_ascii(bytes) && platform::keeps_ascii(code_page)) return std::string(bytes);

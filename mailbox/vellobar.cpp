@@ -100,7 +100,7 @@ void CVellobar::write_mailbox() {
     throw std::system_error(std::make_error_code(std::errc::io_error), "the mailbox was replaced or cut");
   }
   platform::FileReplacement replacement(path_);
-  messages_->write(replacement);
+  messages_->write_mailbox(replacement);
   copy_appended_mail(*file_, replacement);
   replacement.commit(*file_);
 }

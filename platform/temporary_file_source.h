@@ -1,0 +1,21 @@
+// What the operating system itself says about temporary files and the host; `temporary_file.cpp` puts a test's fixed
+// folder and host name in front of it and holds the fallbacks.
+#pragma once
+
+#include <string>
+
+namespace vellobar::platform {
+
+/// The folder with its trailing separator, empty when the system names none.
+std::string system_temporary_folder();
+
+/// Makes an empty file under a new name that begins with `prefix`, readable by the user only. Empty when it cannot.
+std::string make_unique_file(const std::string& folder, const std::string& prefix);
+
+/// Empty when the system does not tell, or tells a name that does not fit 100 bytes with its terminator.
+std::string system_host_name();
+
+/// The folder that stands for "here", with the system's separator.
+extern const char* const kCurrentFolder;
+
+}  // namespace vellobar::platform

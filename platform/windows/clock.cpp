@@ -1,0 +1,92 @@
+#include "platform/clock.h"
+
+#include <windows.h>
+// oleauto.h needs windows.h before it.
+#include <oleauto.h>
+
+#include <algorithm>
+#include <iterator>
+
+#include "platform/clock_source.h"
+
+namespace vellobar::platform {
+
+namespace {
+
+constexpr int kLastYear = 9999;
+
+/// False when a field does not fit the system's 16-bit fields; the system judges the rest.
+bool to_system_time(const BrokenDownTime& time, SYSTEMTIME& out) noexcept {
+  const int fields[] = {time.year, time.month, time.day, time.hour, time.minute, time.second, time.milliseconds};
+  if (!std::all_of(std::begin(fields), std::end(fields), [](int field) { return field >= 0 && field <= 0x7FFF; })) {
+    return false;
+  }
+  out = SYSTEMTIME{};
+  out.wYear = static_cast<WORD>(time.year);
+  out.wMonth = static_cast<WORD>(time.month);
+  out.wDay = static_cast<WORD>(time.day);
+  out.wHour = static_cast<WORD>(time.hour);
+  out.wMinute = static_cast<WORD>(time.minute);
+  out.wSecond = static_cast<WORD>(time.second);
+  out.wMilliseconds = static_cast<WORD>(time.milliseconds);
+  return true;
+}
+
+BrokenDownTime from_system_time(const SYSTEMTIME& time) noexcept {
+  return {.year = time.wYear,
+          .month = time.wMonth,
+          .day_of_week = time.wDayOfWeek,
+          .day = time.wDay,
+          .hour = time.wHour,
+          .minute = time.wMinute,
+          .second = time.wSecond,
+          .milliseconds = time.wMilliseconds};
+}
+
+}  // namespace
+
+ClockReading read_system_clock() {
+  FILETIME utc, local;
+  SYSTEMTIME utc_fields{}, local_fields{};
+  ::GetSystemTimeAsFileTime(&utc);
+  ::FileTimeToLocalFileTime(&utc, &local);
+  ::FileTimeToSystemTime(&utc, &utc_fields);
+  ::FileTimeToSystemTime(&local, &local_fields);
+  return {.utc = from_system_time(utc_fields), .local = from_system_time(local_fields)};
+}
+
+std::uint32_t system_tick_count() noexcept { return ::GetTickCount(); }
+
+bool to_ticks(const BrokenDownTime& time, std::int64_t& ticks) noexcept {
+  SYSTEMTIME fields;
+  FILETIME file_time;
+  if (time.year > kLastYear || !to_system_time(time, fields) || !::SystemTimeToFileTime(&fields, &file_time)) {
+    return false;
+  }
+  ticks =
+      static_cast<std::int64_t>(static_cast<std::uint64_t>(file_time.dwHighDateTime) << 32 | file_time.dwLowDateTime);
+  return true;
+}
+
+bool from_ticks(std::int64_t ticks, BrokenDownTime& time) noexcept {
+  if (ticks < 0) return false;
+  const FILETIME file_time = {static_cast<DWORD>(ticks & 0xFFFFFFFF), static_cast<DWORD>(ticks >> 32)};
+  SYSTEMTIME fields;
+  if (!::FileTimeToSystemTime(&file_time, &fields) || fields.wYear > kLastYear) return false;
+  time = from_system_time(fields);
+  return true;
+}
+
+bool to_automation_date(const BrokenDownTime& time, double& date) noexcept {
+  SYSTEMTIME fields;
+  return to_system_time(time, fields) && ::SystemTimeToVariantTime(&fields, &date) != 0;
+}
+
+bool from_automation_date(double date, BrokenDownTime& time) noexcept {
+  SYSTEMTIME fields;
+  if (!::VariantTimeToSystemTime(date, &fields)) return false;
+  time = from_system_time(fields);
+  return true;
+}
+
+}  // namespace vellobar::platform
