@@ -52,11 +52,9 @@ inline FoundLine search_blocks(const char* begin, const char* end, LinePrefix pr
     if (end - block >= kBlock) {
       masks = Compare::masks(block, first_byte);
     } else {
-      const std::int64_t rest = end - block;
       char last[kBlock] = {};
-      std::memcpy(last, block, static_cast<std::size_t>(rest));
+      std::memcpy(last, block, static_cast<std::size_t>(end - block));
       masks = Compare::masks(last, first_byte);
-      masks.first_bytes &= (std::uint64_t{1} << rest) - 1;
     }
     const std::uint64_t candidates = (masks.line_feeds << 1 | line_starts_next) & masks.first_bytes;
     line_starts_next = masks.line_feeds >> (kBlock - 1);
