@@ -1,5 +1,7 @@
 #include "platform/code_page.h"
 
+#include <new>
+
 #include "platform/ascii.h"
 #include "platform/posix/code_page_tables.h"
 #include "platform/posix/unicode_transformations.h"
@@ -48,7 +50,11 @@ void append_to_page(const CodePageTables& page, std::u16string_view text, std::s
 }  // namespace
 
 bool keeps_ascii(int code_page) noexcept {
-  return code_page == kUtf8CodePage || code_page_tables(resolve(code_page)) != nullptr;
+  try {
+    return code_page == kUtf8CodePage || code_page_tables(resolve(code_page)) != nullptr;
+  } catch (const std::bad_alloc&) {
+    return false;  // the careful answer: a caller then converts, and learns of it there
+  }
 }
 
 std::u16string widen(int code_page, std::string_view bytes) {
