@@ -135,8 +135,8 @@ bool to_automation_date(const BrokenDownTime& time, double& date) noexcept {
   const std::int64_t seconds = (time.hour * 60LL + time.minute) * 60 + time.second;
   const std::int64_t days = day_number(century_added(time.year), time.month, time.day) + seconds / kSecondsPerDay;
   if (days > kLastAutomationDay) return false;
-  // Before 30 December 1899 the days count backwards, but the time of day still counts forwards from midnight. Added
-  // one by one, hours first, as the system does it: another order differs in the last bit.
+  // Before 30 December 1899 the days count backwards, but the time of day still counts forwards from midnight. Its
+  // parts are added to the day one by one, as the system does it: adding their sum differs in the last bit.
   const auto hour = static_cast<double>(seconds / 3600 % 24);
   const auto minute = static_cast<double>(seconds / 60 % 60);
   const auto second = static_cast<double>(seconds % 60);
