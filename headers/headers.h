@@ -68,6 +68,7 @@ class CHeaders {
   std::string narrow_value(std::size_t position) const;
   /// The name at a position, lower-cased, as bytes in the process code page.
   std::string narrow_lower_name(std::size_t position) const;
+  std::u16string name(std::size_t position) const;
   std::u16string value(std::size_t position) const;
 
   void set_value(std::size_t position, std::u16string_view value);
@@ -88,7 +89,7 @@ class CHeaders {
   std::string_view stored_value(const Entry& entry) const;
   std::u16string name_of(const Entry& entry) const;
   std::u16string value_of(const Entry& entry) const;
-  std::u16string line_of(const Entry& entry) const;
+  std::string to_bytes_in_process_code_page() const;
   std::shared_ptr<CHeader> object_at(std::size_t position);
   std::size_t checked(std::int64_t position) const;
   std::size_t checked(std::u16string_view name) const;

@@ -1,15 +1,47 @@
-// Where one message lies in a file, as a scan found it.
+// Where one message lies in a stream, and the table in which a scan leaves such extents. An extent is a plain value: it
+// knows positions and counts, not the stream and not the message made of it. The table grows block by block, so that
+// a mailbox of a million messages is never copied to make room.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <deque>
 
 namespace vellobar::mailbox {
 
+/// One message as the scan counted it. The bytes counted are always `end - start`.
 struct Extent {
-  std::int64_t start = 0;      ///< byte position of the first line
-  std::int64_t end = 0;        ///< byte position just behind the last line; bytes counted are always end - start
-  std::int64_t lines = 0;      ///< lines, the separator line included
-  bool has_separator = false;  ///< the first line is a separator line
+  /// Position of the first line. Bytes.
+  std::int64_t start = 0;
+  /// Position just behind the last line. Runs ahead of the file behind a line longer than a read chunk. Bytes.
+  std::int64_t end = 0;
+  /// Lines counted, the separator line among them.
+  std::int64_t lines = 0;
+  /// The first line matched the separator; false only for a leading message that starts without one.
+  bool has_separator = false;
+
+  friend bool operator==(const Extent&, const Extent&) = default;
+};
+
+/// Takes the messages of a scan in the order of the file, each one complete.
+class ExtentSink {
+ public:
+  virtual ~ExtentSink() = default;
+  virtual void found(const Extent& extent) = 0;
+};
+
+/// Keeps what a scan found: 32 bytes a message and a little for the blocks.
+class ExtentTable final : public ExtentSink {
+ public:
+  void found(const Extent& extent) override { extents_.push_back(extent); }
+
+  std::size_t size() const noexcept { return extents_.size(); }
+  const Extent& operator[](std::size_t index) const { return extents_[index]; }
+  auto begin() const noexcept { return extents_.begin(); }
+  auto end() const noexcept { return extents_.end(); }
+
+ private:
+  std::deque<Extent> extents_;
 };
 
 }  // namespace vellobar::mailbox

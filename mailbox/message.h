@@ -159,40 +159,49 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
 
   const OwnerLink& owner() const { return owner_; }
   CMessages* collection() const { return collection_; }
-  /// Called by the collection when it ends.
-  void forget_collection() { collection_ = nullptr; }
+  /// Called by a collection when it ends.
+  void forget_collection(const CMessages& collection);
+  /// Where the collection found the message last, so that it need not search; -1 when it never did.
+  std::int64_t remembered_index() const { return remembered_index_; }
+  void remember_index(std::int64_t index) const { remembered_index_ = index; }
 
-  /// True when nothing was read or changed since the scan: the file still says all there is to say.
-  bool is_pristine() const;
-  /// True when the text is read from this file.
-  bool reads_from(const platform::File* file) const { return file_.get() == file; }
-
-  /// Writes the message as it is written to a mailbox: separator line, headers, empty line, body, parts. Throws
-  /// std::system_error when the sink fails or the message cannot be read whole.
-  void write(platform::ByteSink& sink);
-  /// Drops a body that only writing has loaded.
-  void drop_body() { body_.reset(); }
+  /// Where a message is written: between delimiter lines it never gets a separator line.
+  enum class Place { alone, part };
+  /// Writes the message: separator line, headers, empty line, body, parts. Throws std::system_error when the sink fails or the
+  /// message cannot be read whole.
+  void write(platform::ByteSink& sink, Place place);
+  /// Drops what only writing has read.
+  void drop_what_writing_read(bool had_headers, bool had_body);
   bool has_body() const { return body_.has_value(); }
 
+  /// For a message added from a file: notes whether the file's first line is a separator line.
+  void recognise_separator_line();
   /// Gives a message added to a mailbox the separator line it lacks, from its sender and date.
-  void make_separator_line();
-  /// Makes the message multipart for a part that is being added, when it has no boundary yet.
-  void make_multipart_for_added_part();
-  /// Reads the separator line, for a message that has one and whose MailInfo is not known yet.
-  void read_mail_info();
-  /// Stores MailInfo without telling anybody.
+  void make_missing_separator_line();
+  /// Makes the message multipart for a part that is being added, when it has no boundary yet; nobody is told.
+  void become_multipart_for_added_part();
+  /// Stores MailInfo without telling anybody; what is loaded later does not replace it.
   void store_mail_info(std::u16string_view mail_info);
 
  private:
-  enum class HeaderState { not_read, read, unreadable };
+  /// Slots of `temporary_files_`.
+  static constexpr std::size_t kTextFile = 0;
+  static constexpr std::size_t kBodyFile = 1;
 
   void load_body();
-  void take_own_file(std::shared_ptr<platform::File> file, std::int64_t size);
+  void load_parts();
+  void read_mail_info();
+  void read_from_own_file(std::shared_ptr<platform::File> file, bool has_separator);
   void drop_content();
   void drop_parts();
+  void close_own_file();
   void delete_temporary_file(std::size_t slot);
-  void write_own_bytes(platform::ByteSink& sink);
-  std::u16string process_text(std::string_view bytes) const;
+  void write_to_file(const std::string& path);
+  /// Where Save and Text put write it.
+  Place own_place() const;
+  std::optional<std::string> separator_line_for(Place place) const;
+  void write_separator_line(platform::ByteSink& sink, Place place) const;
+  void write_own_bytes(platform::ByteSink& sink, Place place);
 
   std::int64_t start_ = 0;
   std::int64_t end_ = 0;
@@ -204,14 +213,15 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   bool changed_ = false;
   bool has_own_file_ = false;
   bool mail_info_given_ = false;
-  HeaderState header_state_ = HeaderState::not_read;
   std::array<std::string, 3> temporary_files_;
   std::shared_ptr<platform::File> file_;
   OwnerLink owner_;
   CMessages* collection_ = nullptr;
+  mutable std::int64_t remembered_index_ = -1;
   std::shared_ptr<CHeaders> headers_;
   std::int64_t body_offset_ = 0;
   std::optional<std::string> body_;
+  bool is_cut_short_ = false;  ///< the file gave less of the body than it should hold
   std::u16string parts_boundary_;
   std::shared_ptr<CMessages> parts_;
 };

@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "mailbox/extent.h"
 #include "mailbox/owner.h"
@@ -63,8 +64,13 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   /// makes its parent multipart first when it is not.
   std::shared_ptr<CMessage> adopt(std::shared_ptr<platform::File> file, std::int64_t size);
 
-  /// Writes all messages, with delimiter lines around those of a parts collection.
+  /// Writes all messages, with delimiter lines around those of a parts collection. Messages that no client holds are
+  /// read, written and dropped one at a time; the others stay in memory. Throws std::system_error when a message cannot
+  /// be read whole or the sink fails.
   void write(platform::ByteSink& sink);
+  /// The same for a whole mailbox, having made sure that every scanned message still begins where it was found. Throws
+  /// std::system_error, with nothing written, where one does not.
+  void write_mailbox(platform::ByteSink& sink);
 
   /// The separator line that starts each message: "From ", or a parts collection's delimiter.
   const std::u16string& separator() const { return separator_; }
@@ -84,13 +90,16 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   const std::shared_ptr<CMessage>& object_at(std::size_t index);
   void write_entry(Entry& entry, platform::ByteSink& sink);
   void append(std::shared_ptr<CMessage> message);
-  void let_go(CMessage& message);
+  void remember_removed(const mailbox::Extent& extent);
+  void check_position(std::int64_t position) const;
 
   OwnerLink owner_;
   CMessage* parent_ = nullptr;
   std::u16string separator_;
   std::shared_ptr<platform::File> file_;
   std::deque<Entry> items_;
+  std::string scanned_separator_;                ///< the separator as the scan compared it
+  std::vector<std::int64_t> removed_positions_;  ///< where scanned messages began that were removed since
 };
 
 }  // namespace vellobar

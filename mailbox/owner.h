@@ -17,6 +17,6 @@ using OwnerLink = std::shared_ptr<Owner>;
 
 /// Tells the control, if there is one, that a client changed something in its mailbox. With AutoUpdate on, the mailbox
 /// is written before this returns.
-void mark_changed(const OwnerLink& owner);
+void mark_changed(OwnerLink owner);
 
 }  // namespace vellobar

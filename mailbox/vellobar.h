@@ -68,27 +68,16 @@ class CVellobar {
  private:
   void new_collection();
   void write_mailbox();
+  void update_quietly();
 
   std::u16string filename_;
+  std::string path_;  ///< of the locked file, as it was when it was locked
   bool auto_update_ = false;
   bool changed_ = false;
   bool wholly_indexed_ = false;
   std::shared_ptr<platform::File> file_;
   OwnerLink owner_;
   std::shared_ptr<CMessages> messages_;
-};
-
-/// Keeps AutoUpdate off while several changes are made that count as one.
-class AutoUpdatePause {
- public:
-  explicit AutoUpdatePause(const OwnerLink& owner);
-  ~AutoUpdatePause();
-  AutoUpdatePause(const AutoUpdatePause&) = delete;
-  AutoUpdatePause& operator=(const AutoUpdatePause&) = delete;
-
- private:
-  OwnerLink owner_;
-  bool was_on_ = false;
 };
 
 }  // namespace vellobar

@@ -1,4 +1,4 @@
-// The ASCII case of every conversion: nearly all header text is ASCII, so finding the ASCII run and widening it are the
+// ASCII rules for bytes and code units, free of any locale: nearly all header text is ASCII, so finding the ASCII run and widening it are the
 // loops that count. Both work on plain arrays without branches inside a block, for the compiler to turn into vector
 // code.
 #pragma once
@@ -12,6 +12,20 @@
 
 namespace vellobar::platform {
 
+template <typename Character>
+constexpr Character lower_ascii(Character c) noexcept {
+  return c >= 'A' && c <= 'Z' ? static_cast<Character>(c + ('a' - 'A')) : c;
+}
+
+/// True when every character lies between blank and tilde.
+template <typename Character>
+constexpr bool is_printable_ascii(std::basic_string_view<Character> text) noexcept {
+  for (const Character c : text) {
+    if (c < 0x20 || c > 0x7E) return false;
+  }
+  return true;
+}
+
 /// How many bytes at the front are ASCII.
 inline std::size_t ascii_length(std::string_view bytes) noexcept {
   constexpr std::uint64_t kTopBits = 0x8080808080808080u;
@@ -24,6 +38,9 @@ inline std::size_t ascii_length(std::string_view bytes) noexcept {
   while (at < bytes.size() && static_cast<unsigned char>(bytes[at]) < 0x80) ++at;
   return at;
 }
+
+/// True when no byte has its top bit set.
+inline bool is_ascii(std::string_view bytes) noexcept { return ascii_length(bytes) == bytes.size(); }
 
 /// How many UTF-16 units at the front are ASCII.
 inline std::size_t ascii_length(std::u16string_view text) noexcept {

@@ -32,8 +32,8 @@ class FixedClock {
   FixedClock& operator=(const FixedClock&) = delete;
 };
 
-/// Calendar time to 100-nanosecond ticks since 1 January 1601 (the FILETIME scale) and back. The day of week is not read
-/// on the way there. False when a field is out of its range or the year lies outside 1601 to 9999.
+/// Calendar time to 100-nanosecond ticks since 1 January 1601 (the FILETIME scale) and back. The day of week is not
+/// read on the way there. False when a field is out of its range or the year lies outside 1601 to 9999.
 bool to_ticks(const BrokenDownTime& time, std::int64_t& ticks) noexcept;
 bool from_ticks(std::int64_t ticks, BrokenDownTime& time) noexcept;
 

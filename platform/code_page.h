@@ -9,10 +9,10 @@
 namespace vellobar::platform {
 
 /// Windows code page numbers with a fixed meaning.
-inline constexpr int kAnsiCodePage = 0;        ///< the system's ANSI code page; away from Windows 1252
-inline constexpr int kThreadCodePage = 3;      ///< the thread's ANSI code page; away from Windows 1252
-inline constexpr int kUtf7CodePage = 65000;    ///< RFC 2152
-inline constexpr int kUtf8CodePage = 65001;    ///< RFC 3629
+inline constexpr int kAnsiCodePage = 0;      ///< the system's ANSI code page; away from Windows 1252
+inline constexpr int kThreadCodePage = 3;    ///< the thread's ANSI code page; away from Windows 1252
+inline constexpr int kUtf7CodePage = 65000;  ///< RFC 2152
+inline constexpr int kUtf8CodePage = 65001;  ///< RFC 3629
 
 /// Bytes in the given code page as UTF-16. Counted: NUL bytes are kept. A code page the platform lacks gives no text.
 std::u16string widen(int code_page, std::string_view bytes);
@@ -26,7 +26,8 @@ std::string narrow(int code_page, std::u16string_view text);
 int process_code_page() noexcept;
 void set_process_code_page(int code_page) noexcept;
 
-/// True when text of ASCII characters alone has the same bytes in the code page (false for UTF-7, where "+" is special).
+/// True when text of ASCII characters alone has the same bytes in the code page (false for UTF-7, where "+" is
+/// special).
 bool keeps_ascii(int code_page) noexcept;
 
 }  // namespace vellobar::platform

@@ -1,8 +1,9 @@
-// Files as bytes. Paths are narrow: what the platform's C runtime would take (on Windows in the system's ANSI code page).
+// Files as bytes. Paths are narrow: what the platform's C runtime would take (on Windows in the system's ANSI code
+// page).
 //
 // A `File` is open for reading and shared by every record whose text lies in it. Reads name their position, so sharing
-// needs no seek state. Whoever owns the file closes it; a closed file reads as empty, so a record that outlives it is safe.
-// An `OutputFile` is written from front to back.
+// needs no seek state. Whoever owns the file closes it; a closed file reads as empty, so a record that outlives it is
+// safe. An `OutputFile` is written from front to back.
 #pragma once
 
 #include <cstddef>
@@ -11,6 +12,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/file_handle.h"
+
 namespace vellobar::platform {
 
 class File {
@@ -18,33 +21,36 @@ class File {
   /// Opens a file for reading. Null when it cannot be opened or has no end to measure (a folder, a pipe).
   static std::shared_ptr<File> open(const std::string& path);
 
-  ~File();
   File(const File&) = delete;
   File& operator=(const File&) = delete;
 
   /// The size measured when the file was opened; 0 once closed. Bytes.
   std::int64_t size() const noexcept { return size_; }
   /// The size now, -1 when it cannot be told (closed, or an error). Bytes.
-  std::int64_t current_size() const noexcept;
+  std::int64_t current_size() const noexcept { return handle_.size(); }
 
-  /// Reads up to `count` bytes from `position`. Fewer only at the end of the file, after an error (`failed` then tells), or
-  /// when closed.
+  /// Reads up to `count` bytes from `position`. Fewer only at the end of the file, after an error (`failed` then
+  /// tells), or when closed.
   std::size_t read(std::int64_t position, void* to, std::size_t count) noexcept;
 
   /// True once a read failed for another reason than the end of the file.
   bool failed() const noexcept { return failed_; }
 
   /// True when the path names this very file (same volume and file, links followed).
-  bool is_same_file(const std::string& path) const noexcept;
+  bool is_same_file(const std::string& path) const noexcept { return handle_.is_file(path); }
 
+  bool is_open() const noexcept { return handle_.valid(); }
   void close() noexcept;
-  bool is_open() const noexcept;
+
+  /// Lets go of the open file for a moment, keeping what was measured, and opens it again. While let go it reads as
+  /// empty.
+  void suspend() noexcept { handle_ = FileHandle(); }
+  void resume(const std::string& path) noexcept { handle_ = FileHandle::open_to_read(path); }
 
  private:
-  struct Handle;
-  File(std::unique_ptr<Handle> handle, std::int64_t size);
+  File(FileHandle handle, std::int64_t size) noexcept;
 
-  std::unique_ptr<Handle> handle_;
+  FileHandle handle_;
   std::int64_t size_ = 0;
   bool failed_ = false;
 };
@@ -56,33 +62,32 @@ class ByteSink {
   virtual void write(std::string_view bytes) = 0;
 };
 
-/// A file being written from front to back, buffered. Created, or emptied when it exists.
+/// A file being written from front to back, buffered.
 class OutputFile : public ByteSink {
  public:
   /// Creates or empties the file. Null when it cannot be opened for writing.
   static std::unique_ptr<OutputFile> create(const std::string& path);
+  /// Writes through an open handle from where it stands.
+  explicit OutputFile(FileHandle handle);
 
-  /// Closes without looking at the result; call `close` to learn of failures.
-  ~OutputFile() override;
+  /// Closes without writing what is still buffered; call `close` to finish and to learn of failures.
+  ~OutputFile() override = default;
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
 
   void write(std::string_view bytes) override;
-  /// Hands buffered bytes to the system and closes. Throws std::system_error when anything failed.
+  /// Hands buffered bytes to the system.
+  void flush();
+  /// Hands over buffered bytes and waits until they are on the disk.
+  void sync();
+  /// Hands over buffered bytes, cuts the file at this size, and waits until all of it is on the disk.
+  void truncate_and_sync(std::int64_t size);
+  /// Hands over buffered bytes and closes.
   void close();
 
  private:
-  struct Handle;
-  explicit OutputFile(std::unique_ptr<Handle> handle);
-
-  std::unique_ptr<Handle> handle_;
+  FileHandle handle_;
   std::string buffer_;
 };
-
-/// Deletes a file; false when it could not be deleted.
-bool remove_file(const std::string& path) noexcept;
-
-/// True when both paths name the same existing file.
-bool same_file(const std::string& left, const std::string& right) noexcept;
 
 }  // namespace vellobar::platform

@@ -11,8 +11,8 @@ std::string temporary_folder();
 
 /// A file that did not exist before, made empty in the temporary folder and readable by the user only. Its name begins
 /// with the prefix "VLB". When the system cannot make one, a name of the form "%sVLB%u_%u.tmp" from the folder, the low
-/// 16 bits of the tick count plus `tick_offset` and the low 16 bits of the thread identifier, each widened with its sign;
-/// that file is not made.
+/// 16 bits of the tick count plus `tick_offset` and the low 16 bits of the thread identifier, each widened with its
+/// sign; that file is not made.
 std::string temporary_file_name(std::uint32_t tick_offset = 0);
 
 std::uint32_t process_identifier() noexcept;

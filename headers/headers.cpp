@@ -1,0 +1,234 @@
+#include "headers/headers.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "errors/error.h"
+#include "headers/header.h"
+#include "mailbox/vellobar.h"
+#include "platform/ascii.h"
+#include "platform/code_page.h"
+#include "platform/text_compare.h"
+
+namespace vellobar {
+
+namespace {
+
+constexpr std::string_view kLineEnd = "\r\n";
+
+std::u16string widen(std::string_view bytes) { return platform::widen(platform::kThreadCodePage, bytes); }
+
+template <typename Character>
+bool equal_without_case(std::basic_string_view<Character> name, std::u16string_view lower_wanted) {
+  return std::equal(
+      name.begin(), name.end(), lower_wanted.begin(), lower_wanted.end(),
+      [](Character c, char16_t wanted) { return static_cast<char16_t>(platform::lower_ascii(c)) == wanted; });
+}
+
+/// A wanted name, folded once. Printable ASCII, which is nearly every name there is, is compared as it stands; anything
+/// else goes through the platform's case folding and comparison.
+class WantedName {
+ public:
+  explicit WantedName(std::u16string_view name)
+      : ascii_(platform::is_printable_ascii(name)), folded_(platform::fold_case(name)) {}
+
+  bool matches(std::string_view name) const {
+    if (ascii_ && platform::is_printable_ascii(name)) return equal_without_case(name, folded_);
+    return platform::equal_in_user_locale(platform::fold_case(widen(name)), folded_);
+  }
+
+  bool matches(std::u16string_view name) const {
+    if (ascii_ && platform::is_printable_ascii(name)) return equal_without_case(name, folded_);
+    return platform::equal_in_user_locale(platform::fold_case(name), folded_);
+  }
+
+ private:
+  bool ascii_;
+  std::u16string folded_;
+};
+
+/// Bytes as they stand in a file, as they would look after being widened with the thread's code page and narrowed with
+/// the process code page.
+std::string through_process_code_page(std::string_view bytes) {
+  const int code_page = platform::process_code_page();
+  if (platform::is_ascii(bytes) && platform::keeps_ascii(code_page)) return std::string(bytes);
+  return platform::narrow(code_page, widen(bytes));
+}
+
+}  // namespace
+
+CHeaders::CHeaders() = default;
+
+CHeaders::CHeaders(OwnerLink owner) : owner_(std::move(owner)) {}
+
+CHeaders::~CHeaders() = default;
+
+std::string_view CHeaders::stored_name(const Entry& entry) const {
+  return std::string_view(text_).substr(entry.name_at, entry.name_size);
+}
+
+std::string_view CHeaders::stored_value(const Entry& entry) const {
+  return std::string_view(text_).substr(entry.value_at, entry.value_size);
+}
+
+std::u16string CHeaders::name_of(const Entry& entry) const {
+  return entry.object ? entry.object->Name() : widen(stored_name(entry));
+}
+
+std::u16string CHeaders::value_of(const Entry& entry) const {
+  return entry.object ? entry.object->Value() : widen(stored_value(entry));
+}
+
+std::shared_ptr<CHeader> CHeaders::object_at(std::size_t position) {
+  Entry& entry = items_[position];
+  if (!entry.object) entry.object = std::make_shared<CHeader>(owner_, name_of(entry), value_of(entry));
+  return entry.object;
+}
+
+std::size_t CHeaders::checked(std::int64_t position) const {
+  if (!Exists(position)) throw Error(Status::invalid_argument);
+  return static_cast<std::size_t>(position);
+}
+
+std::size_t CHeaders::checked(std::u16string_view name) const {
+  const std::size_t position = find(name);
+  if (position == npos) throw Error(Status::invalid_argument);
+  return position;
+}
+
+std::shared_ptr<CHeader> CHeaders::Item(std::int64_t position) { return object_at(checked(position)); }
+
+std::shared_ptr<CHeader> CHeaders::Item(std::u16string_view name) { return object_at(checked(name)); }
+
+bool CHeaders::Exists(std::int64_t position) const { return position >= 0 && position < Count(); }
+
+bool CHeaders::Exists(std::u16string_view name) const { return find(name) != npos; }
+
+std::size_t CHeaders::find(std::u16string_view name) const {
+  const WantedName wanted(name);
+  const auto found = std::find_if(items_.begin(), items_.end(), [&](const Entry& entry) {
+    return entry.object ? wanted.matches(entry.object->Name()) : wanted.matches(stored_name(entry));
+  });
+  return found == items_.end() ? npos : static_cast<std::size_t>(found - items_.begin());
+}
+
+std::size_t CHeaders::find(std::string_view ascii_name) const {
+  return find(std::u16string(ascii_name.begin(), ascii_name.end()));
+}
+
+std::u16string CHeaders::ToString() const { return widen(to_bytes_in_process_code_page()); }
+
+std::string CHeaders::to_bytes() const {
+  std::string bytes = to_bytes_in_process_code_page();
+  if (platform::is_ascii(bytes)) return bytes;
+  return platform::narrow(platform::kThreadCodePage, widen(bytes));
+}
+
+std::string CHeaders::to_bytes_in_process_code_page() const {
+  std::string bytes;
+  for (const Entry& entry : items_) {
+    // A header is converted as a whole, as CHeader::ToString does: some code pages carry state from name to value.
+    if (entry.object) {
+      bytes += platform::narrow(platform::process_code_page(), entry.object->Name() + u": " + entry.object->Value());
+    } else {
+      std::string line(stored_name(entry));
+      line += ": ";
+      line += stored_value(entry);
+      bytes += through_process_code_page(line);
+    }
+    bytes += kLineEnd;
+  }
+  return bytes;
+}
+
+std::shared_ptr<CHeader> CHeaders::Add(std::u16string_view name, std::u16string_view value) {
+  append(name, value);
+  std::shared_ptr<CHeader> added = object_at(items_.size() - 1);
+  mark_changed(owner_);
+  return added;
+}
+
+void CHeaders::Remove(std::int64_t position) {
+  erase(checked(position));
+  mark_changed(owner_);
+}
+
+void CHeaders::Remove(std::u16string_view name) {
+  erase(checked(name));
+  mark_changed(owner_);
+}
+
+void CHeaders::Remove(const CHeader& header) {
+  const auto found =
+      std::find_if(items_.begin(), items_.end(), [&](const Entry& entry) { return entry.object.get() == &header; });
+  if (found == items_.end()) throw Error(Status::invalid_argument);
+  items_.erase(found);
+  mark_changed(owner_);
+}
+
+void CHeaders::RemoveAll() {
+  items_.clear();
+  text_.clear();
+  mark_changed(owner_);
+}
+
+void CHeaders::FromString(std::u16string_view headers_data) {
+  const std::string text = platform::narrow(platform::process_code_page(), headers_data) + "\r\n";
+  std::string_view rest = text;
+  while (!rest.empty()) {
+    const std::size_t end = rest.find('\n');
+    std::string_view line = rest.substr(0, end);
+    if (line.ends_with('\r')) line.remove_suffix(1);
+    if (line.empty()) return;
+    add_line(line);
+    rest.remove_prefix(end + 1);
+  }
+}
+
+void CHeaders::add_line(std::string_view line) {
+  const std::size_t colon = line.find(':');
+  if (colon == std::string_view::npos) return;
+  std::size_t value = colon + 1;
+  if (value < line.size() && line[value] == ' ') ++value;
+  const std::size_t at = text_.size();
+  text_ += line;
+  items_.push_back({at, colon, at + value, line.size() - value, nullptr});
+}
+
+void CHeaders::continue_last(std::string_view line) {
+  Entry& last = items_.back();
+  if (last.object) {
+    last.object->continue_value(widen(line));
+    return;
+  }
+  // The last header that was read ends where the text ends, so its value grows in place.
+  text_ += kLineEnd;
+  text_ += line;
+  last.value_size += kLineEnd.size() + line.size();
+}
+
+std::string CHeaders::narrow_value(std::size_t position) const {
+  const Entry& entry = items_[position];
+  if (entry.object) return platform::narrow(platform::process_code_page(), entry.object->Value());
+  return through_process_code_page(stored_value(entry));
+}
+
+std::string CHeaders::narrow_lower_name(std::size_t position) const {
+  return platform::narrow(platform::process_code_page(), platform::fold_case(name_of(items_[position])));
+}
+
+std::u16string CHeaders::name(std::size_t position) const { return name_of(items_[position]); }
+
+std::u16string CHeaders::value(std::size_t position) const { return value_of(items_[position]); }
+
+void CHeaders::set_value(std::size_t position, std::u16string_view value) { object_at(position)->store_value(value); }
+
+void CHeaders::erase(std::size_t position) { items_.erase(items_.begin() + static_cast<std::ptrdiff_t>(position)); }
+
+void CHeaders::append(std::u16string_view name, std::u16string_view value) {
+  Entry entry;
+  entry.object = std::make_shared<CHeader>(owner_, std::u16string(name), std::u16string(value));
+  items_.push_back(std::move(entry));
+}
+
+}  // namespace vellobar

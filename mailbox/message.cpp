@@ -1,0 +1,206 @@
+#include "mailbox/message.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "errors/error.h"
+#include "headers/header_block.h"
+#include "headers/headers.h"
+#include "mailbox/messages.h"
+#include "platform/code_page.h"
+#include "platform/file.h"
+
+namespace vellobar {
+
+namespace {
+
+constexpr std::string_view kSeparator = "From ";
+
+std::u16string process_text(std::string_view bytes) { return platform::widen(platform::process_code_page(), bytes); }
+
+/// Lengthens `text`, read up to `position`, to the end of its last line, but not behind `limit`.
+void read_rest_of_line(platform::File& file, std::int64_t position, std::int64_t limit, std::string& text) {
+  char block[4096];
+  while (position < limit && !text.ends_with('\n')) {
+    const std::size_t wanted = static_cast<std::size_t>(std::min<std::int64_t>(sizeof block, limit - position));
+    const std::string_view got(block, file.read(position, block, wanted));
+    if (got.empty()) return;
+    text += got.substr(0, std::min(got.find('\n'), got.size() - 1) + 1);
+    position += static_cast<std::int64_t>(got.size());
+  }
+}
+
+}  // namespace
+
+CMessage::CMessage() = default;
+
+CMessage::CMessage(OwnerLink owner, CMessages* collection, std::shared_ptr<platform::File> file,
+                   const mailbox::Extent& extent)
+    : start_(extent.start),
+      end_(extent.end),
+      bytes_(extent.end - extent.start),
+      lines_(extent.lines),
+      has_separator_(extent.has_separator),
+      file_(std::move(file)),
+      owner_(std::move(owner)),
+      collection_(collection) {}
+
+CMessage::CMessage(OwnerLink owner, CMessages* collection, std::shared_ptr<platform::File> own_file, std::int64_t size)
+    : end_(size),
+      bytes_(size),
+      // Not a count of lines: deliberate, see a_message_added_from_a_file_reports_its_size_as_lines.
+      lines_(size),
+      has_own_file_(own_file != nullptr),
+      file_(std::move(own_file)),
+      owner_(std::move(owner)),
+      collection_(collection) {}
+
+CMessage::~CMessage() {
+  drop_parts();
+  file_.reset();
+  delete_temporary_file(kTextFile);
+  delete_temporary_file(kBodyFile);
+}
+
+std::int64_t CMessage::Index() const {
+  const std::int64_t position = collection_ != nullptr ? collection_->position_of(*this) : -1;
+  if (position < 0) throw Error(Status::fail);
+  return position;
+}
+
+std::u16string CMessage::MailInfo() {
+  read_mail_info();
+  return mail_info_;
+}
+
+void CMessage::SetMailInfo(std::u16string_view mail_info) {
+  store_mail_info(mail_info);
+  changed_ = true;
+  mark_changed(owner_);
+}
+
+void CMessage::store_mail_info(std::u16string_view mail_info) {
+  mail_info_ = mail_info;
+  mail_info_given_ = true;
+}
+
+void CMessage::read_mail_info() {
+  if (mail_info_given_ || !has_separator_ || !file_ || !mail_info_.empty()) return;
+  headers::LineReader reader(*file_, start_);
+  mail_info_ = platform::widen(platform::kThreadCodePage, headers::cut_line(reader.next()));
+}
+
+void CMessage::recognise_separator_line() {
+  char line[kSeparator.size()];
+  has_separator_ = file_ && file_->read(start_, line, sizeof line) == sizeof line &&
+                   std::string_view(line, sizeof line) == kSeparator;
+}
+
+void CMessage::make_missing_separator_line() {
+  if (has_separator_) return;
+  const std::u16string sender = FromEmail();
+  std::u16string line = u"From " + (sender.empty() ? std::u16string(u"<unknown>") : sender);
+  const std::size_t date = headers_ ? headers_->find(std::string_view("date")) : CHeaders::npos;
+  if (date != CHeaders::npos) line += u" " + headers_->value(date);
+  store_mail_info(line);
+}
+
+void CMessage::Load() {
+  load_body();
+  if (!body_) body_.emplace();
+  changed_ = false;
+}
+
+void CMessage::load_body() {
+  if (body_ || load_headers() == nullptr) return;
+  std::string body;
+  if (file_ && body_offset_ < end_) {
+    // What came to the file after it was opened belongs to no message.
+    const std::int64_t limit = file_->size();
+    const std::int64_t end = std::min(end_, limit);
+    body.resize(static_cast<std::size_t>(std::max<std::int64_t>(end - body_offset_, 0)));
+    const std::size_t got = file_->read(body_offset_, body.data(), body.size());
+    is_cut_short_ = got < body.size();
+    body.resize(got);
+    if (!body.empty()) read_rest_of_line(*file_, end, limit, body);
+  }
+  body_ = std::move(body);
+  changed_ = false;
+}
+
+void CMessage::Unload() {
+  drop_content();
+  body_offset_ = 0;
+  mail_info_.clear();
+  mail_info_given_ = false;
+  // Deliberate: the next load takes the separator line for a header line, see
+  // a_message_that_was_unloaded_comes_back_without_its_first_line.
+  has_separator_ = false;
+  close_own_file();
+  for (std::size_t slot = 0; slot < temporary_files_.size(); ++slot) delete_temporary_file(slot);
+}
+
+void CMessage::drop_content() {
+  body_.reset();
+  is_cut_short_ = false;
+  headers_.reset();
+  parts_boundary_.clear();
+  drop_parts();
+}
+
+void CMessage::drop_parts() {
+  if (parts_) parts_->forget_parent();
+  parts_.reset();
+}
+
+void CMessage::drop_what_writing_read(bool had_headers, bool had_body) {
+  if (!had_body) {
+    body_.reset();
+    is_cut_short_ = false;
+  }
+  if (!had_headers) headers_.reset();
+}
+
+void CMessage::close_own_file() {
+  if (!has_own_file_) return;
+  file_->close();
+  file_.reset();
+  has_own_file_ = false;
+}
+
+void CMessage::delete_temporary_file(std::size_t slot) {
+  if (temporary_files_[slot].empty()) return;
+  platform::remove_file(temporary_files_[slot]);
+  temporary_files_[slot].clear();
+}
+
+void CMessage::forget_collection(const CMessages& collection) {
+  if (collection_ == &collection) collection_ = nullptr;
+}
+
+std::u16string CMessage::Text() {
+  load_body();
+  if (!body_) throw Error(ErrorNumber::cannot_load_text, Reporter::message);
+  return process_text(*body_);
+}
+
+std::u16string CMessage::Body() {
+  load_body();
+  if (!body_) throw Error(ErrorNumber::cannot_load_text, Reporter::message);
+  std::u16string text = headers_ ? headers_->ToString() : std::u16string();
+  text += u"\r\n";
+  text += process_text(*body_);
+  if (!parts_ || parts_->Count() == 0) return text;
+  for (std::int64_t i = 0; i < parts_->Count(); ++i) {
+    text += parts_->separator() + u"\r\n" + parts_->Item(i)->Body();
+  }
+  return text + parts_->separator() + u"--\r\n";
+}
+
+std::shared_ptr<CMessages> CMessage::Parts() {
+  load_body();
+  if (!parts_) parts_ = std::make_shared<CMessages>(owner_, *this);
+  return parts_;
+}
+
+}  // namespace vellobar

@@ -1,0 +1,193 @@
+#include "mailbox/messages.h"
+
+#include <algorithm>
+#include <system_error>
+#include <utility>
+
+#include "errors/error.h"
+#include "mailbox/message.h"
+#include "mailbox/scanner.h"
+#include "platform/code_page.h"
+#include "platform/file.h"
+
+namespace vellobar {
+
+namespace {
+
+constexpr std::u16string_view kMailboxSeparator = u"From ";
+constexpr std::string_view kLineEnd = "\r\n";
+
+std::string process_bytes(std::u16string_view text) { return platform::narrow(platform::process_code_page(), text); }
+
+}  // namespace
+
+CMessages::CMessages() : CMessages(OwnerLink()) {}
+
+CMessages::CMessages(OwnerLink owner) : owner_(std::move(owner)), separator_(kMailboxSeparator) {}
+
+CMessages::CMessages(OwnerLink owner, CMessage& parent)
+    : owner_(std::move(owner)), parent_(&parent), separator_(kMailboxSeparator) {}
+
+CMessages::~CMessages() {
+  for (Entry& entry : items_) {
+    if (entry.object) entry.object->forget_collection(*this);
+  }
+}
+
+std::shared_ptr<CMessage> CMessages::Item(std::int64_t index) {
+  if (index < 0 || index >= Count()) throw Error(Status::invalid_argument);
+  return object_at(static_cast<std::size_t>(index));
+}
+
+const std::shared_ptr<CMessage>& CMessages::object_at(std::size_t index) {
+  Entry& entry = items_[index];
+  if (!entry.object) {
+    entry.object = std::make_shared<CMessage>(owner_, this, file_, entry.extent);
+    entry.object->remember_index(static_cast<std::int64_t>(index));
+  }
+  return entry.object;
+}
+
+std::int64_t CMessages::position_of(const CMessage& message) const {
+  // Nearly always the message still is where it was found last; removals before it shift it.
+  const std::int64_t remembered = message.remembered_index();
+  if (remembered >= 0 && remembered < Count() &&
+      items_[static_cast<std::size_t>(remembered)].object.get() == &message) {
+    return remembered;
+  }
+  const auto found =
+      std::find_if(items_.begin(), items_.end(), [&](const Entry& entry) { return entry.object.get() == &message; });
+  if (found == items_.end()) return -1;
+  const std::int64_t position = found - items_.begin();
+  message.remember_index(position);
+  return position;
+}
+
+std::shared_ptr<CMessage> CMessages::Add() {
+  std::shared_ptr<CMessage> added = adopt(nullptr, 0);
+  mark_changed(owner_);
+  return added;
+}
+
+std::shared_ptr<CMessage> CMessages::Add(std::u16string_view filename) {
+  const std::string path = process_bytes(filename);
+  if (path.empty()) return Add();
+  std::shared_ptr<platform::File> file = platform::File::open(path);
+  if (!file) {
+    if (owner_ && owner_->control != nullptr) throw Error(ErrorNumber::cannot_open_file, Reporter::messages);
+    throw Error(Status::fail);
+  }
+  const std::int64_t size = file->size();
+  std::shared_ptr<CMessage> added = adopt(std::move(file), size);
+  mark_changed(owner_);
+  return added;
+}
+
+void CMessages::Add(const std::shared_ptr<CMessage>& message) {
+  if (!message) throw Error(Status::invalid_argument);
+  if (parent_ != nullptr) parent_->become_multipart_for_added_part();
+  append(message);
+  message->Load();
+  mark_changed(owner_);
+}
+
+std::shared_ptr<CMessage> CMessages::adopt(std::shared_ptr<platform::File> file, std::int64_t size) {
+  auto message = std::make_shared<CMessage>(owner_, this, std::move(file), size);
+  if (parent_ != nullptr) {
+    parent_->become_multipart_for_added_part();
+    message->store_mail_info(parent_->PartsBoundary());
+  }
+  append(message);
+  if (parent_ == nullptr) message->recognise_separator_line();
+  message->Load();
+  if (parent_ == nullptr) message->make_missing_separator_line();
+  return message;
+}
+
+void CMessages::append(std::shared_ptr<CMessage> message) { items_.push_back({{}, std::move(message)}); }
+
+void CMessages::Remove(const CMessage& message) {
+  const std::int64_t position = position_of(message);
+  if (position < 0) throw Error(Status::invalid_argument);
+  const auto place = items_.begin() + position;
+  remember_removed(place->extent);
+  items_.erase(place);
+  mark_changed(owner_);
+}
+
+void CMessages::RemoveAll() {
+  for (const Entry& entry : items_) remember_removed(entry.extent);
+  items_.clear();
+  mark_changed(owner_);
+}
+
+void CMessages::remember_removed(const mailbox::Extent& extent) {
+  if (extent.has_separator) removed_positions_.push_back(extent.start);
+}
+
+bool CMessages::scan(const std::shared_ptr<platform::File>& file, std::int64_t from, std::int64_t limit) {
+  struct Sink final : mailbox::ExtentSink {
+    explicit Sink(std::deque<Entry>& entries) : items(entries) {}
+    void found(const mailbox::Extent& extent) override { items.push_back({extent, nullptr}); }
+    std::deque<Entry>& items;
+  };
+  file_ = file;
+  scanned_separator_ = process_bytes(separator_);
+  Sink sink(items_);
+  return mailbox::scan(*file, from, limit, scanned_separator_, sink).whole;
+}
+
+void CMessages::write_mailbox(platform::ByteSink& sink) {
+  // A removed message counts as well: where it did not begin at its position, its neighbours' bytes are not what they
+  // seem.
+  for (const std::int64_t position : removed_positions_) check_position(position);
+  for (const Entry& entry : items_) {
+    if (entry.extent.has_separator) check_position(entry.extent.start);
+  }
+  write(sink);
+}
+
+void CMessages::check_position(std::int64_t position) const {
+  // The line end before it counts as well, where there is one: the same letters inside a line begin no message.
+  const std::string expected = (position > 0 ? "\n" : "") + scanned_separator_;
+  std::string bytes(expected.size(), '\0');
+  const std::size_t got = file_->read(position > 0 ? position - 1 : 0, bytes.data(), bytes.size());
+  if (got != bytes.size() || bytes != expected) {
+    throw std::system_error(std::make_error_code(std::errc::io_error), "no message begins where one was found");
+  }
+}
+
+void CMessages::write(platform::ByteSink& sink) {
+  if (items_.empty()) return;
+  // A mailbox's "From " is never written between messages; their own separator lines are.
+  const bool with_delimiters = separator_.size() > kMailboxSeparator.size();
+  const std::string delimiter = with_delimiters ? process_bytes(separator_) : std::string();
+  for (Entry& entry : items_) {
+    if (with_delimiters) {
+      sink.write(delimiter);
+      sink.write(kLineEnd);
+    }
+    write_entry(entry, sink);
+  }
+  if (with_delimiters) {
+    sink.write(delimiter);
+    sink.write("--\r\n");
+  }
+  sink.write(kLineEnd);
+}
+
+void CMessages::write_entry(Entry& entry, platform::ByteSink& sink) {
+  const CMessage::Place place = parent_ != nullptr ? CMessage::Place::part : CMessage::Place::alone;
+  if (!entry.object) {
+    CMessage(owner_, this, file_, entry.extent).write(sink, place);
+    return;
+  }
+  // What a client holds stays in memory afterwards, since the file it was read from is about to be replaced.
+  const bool is_held = entry.object.use_count() > 1;
+  const bool had_headers = entry.object->loaded_headers() != nullptr;
+  const bool had_body = entry.object->has_body();
+  entry.object->write(sink, place);
+  if (!is_held) entry.object->drop_what_writing_read(had_headers, had_body);
+}
+
+}  // namespace vellobar

@@ -1,0 +1,39 @@
+#include "mailbox/scanner_search_forms.h"
+
+#if defined(VELLOBAR_X86)
+
+#include <emmintrin.h>
+
+#include "mailbox/scanner_search_blocks.h"
+
+namespace vellobar::mailbox {
+
+namespace {
+
+struct CompareSse2 {
+  static std::uint64_t equal(const __m128i (&block)[4], char byte) {
+    const __m128i wanted = _mm_set1_epi8(byte);
+    std::uint64_t mask = 0;
+    for (int i = 3; i >= 0; --i) {
+      mask = mask << 16 | static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(block[i], wanted)));
+    }
+    return mask;
+  }
+
+  static BlockMasks masks(const char* bytes, char first_byte) {
+    const __m128i* at = reinterpret_cast<const __m128i*>(bytes);
+    const __m128i block[4] = {_mm_loadu_si128(at), _mm_loadu_si128(at + 1), _mm_loadu_si128(at + 2),
+                              _mm_loadu_si128(at + 3)};
+    return {equal(block, '\n'), equal(block, first_byte)};
+  }
+};
+
+}  // namespace
+
+FoundLine search_lines_sse2(const char* begin, const char* end, LinePrefix prefix) {
+  return search_blocks<CompareSse2>(begin, end, prefix);
+}
+
+}  // namespace vellobar::mailbox
+
+#endif

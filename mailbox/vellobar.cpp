@@ -1,0 +1,131 @@
+#include "mailbox/vellobar.h"
+
+#include <atomic>
+#include <exception>
+#include <system_error>
+#include <utility>
+
+#include "errors/error.h"
+#include "mailbox/messages.h"
+#include "platform/code_page.h"
+#include "platform/file.h"
+#include "platform/file_replacement.h"
+#include "platform/locale.h"
+
+namespace vellobar {
+
+namespace {
+
+constexpr std::size_t kCopyBlock = 256 * 1024;
+
+std::atomic<std::int32_t>& language() {
+  static std::atomic<std::int32_t> value{platform::user_default_locale()};
+  return value;
+}
+
+/// Copies what was appended to the file since it was measured, also while this runs.
+void copy_appended_mail(platform::File& file, platform::ByteSink& sink) {
+  std::string block(kCopyBlock, '\0');
+  for (std::int64_t position = file.size(); position < file.current_size();) {
+    const std::size_t got = file.read(position, block.data(), block.size());
+    if (got == 0) throw std::system_error(std::make_error_code(std::errc::io_error), "read appended mail");
+    sink.write(std::string_view(block).substr(0, got));
+    position += static_cast<std::int64_t>(got);
+  }
+}
+
+}  // namespace
+
+CVellobar::CVellobar() { new_collection(); }
+
+CVellobar::~CVellobar() {
+  if (file_) file_->close();
+  owner_->control = nullptr;
+}
+
+void CVellobar::new_collection() {
+  if (owner_) owner_->control = nullptr;
+  owner_ = std::make_shared<Owner>(Owner{this});
+  messages_ = std::make_shared<CMessages>(owner_);
+}
+
+void CVellobar::SetFilename(std::u16string_view filename) {
+  if (Locked()) throw Error(ErrorNumber::mailbox_locked, Reporter::vellobar);
+  filename_ = filename;
+}
+
+void CVellobar::SetAutoUpdate(bool on) {
+  auto_update_ = on;
+  if (on && changed_) update_quietly();
+}
+
+void CVellobar::Lock() {
+  if (Locked()) return;
+  std::string path = platform::narrow(platform::process_code_page(), filename_);
+  std::shared_ptr<platform::File> file = platform::File::open(path);
+  if (!file) throw Error(ErrorNumber::cannot_open_mailbox, Reporter::vellobar);
+  path_ = std::move(path);
+  file_ = std::move(file);
+  wholly_indexed_ = false;
+  wholly_indexed_ = messages_->scan(file_, 0, file_->size());
+}
+
+void CVellobar::Unlock() {
+  if (!Locked()) return;
+  file_->close();
+  file_.reset();
+  new_collection();
+}
+
+void CVellobar::Update() {
+  if (!Locked()) throw Error(ErrorNumber::mailbox_not_locked, Reporter::vellobar);
+  // A mailbox that is not wholly indexed would be written back with messages missing.
+  if (!wholly_indexed_) throw Error(ErrorNumber::cannot_update_mailbox, Reporter::vellobar);
+  try {
+    write_mailbox();
+  } catch (const std::system_error&) {
+    throw Error(ErrorNumber::cannot_update_mailbox, Reporter::vellobar);
+  }
+  Unlock();
+  try {
+    Lock();
+  } catch (const Error&) {
+    // The mailbox is written; a client that finds it unlocked can lock it again.
+  }
+  changed_ = false;
+}
+
+void CVellobar::write_mailbox() {
+  if (!file_->is_same_file(path_) || file_->current_size() < file_->size()) {
+    throw std::system_error(std::make_error_code(std::errc::io_error), "the mailbox was replaced or cut");
+  }
+  platform::FileReplacement replacement(path_);
+  messages_->write_mailbox(replacement);
+  copy_appended_mail(*file_, replacement);
+  replacement.commit(*file_);
+}
+
+void CVellobar::mark_changed() {
+  changed_ = true;
+  if (auto_update_) update_quietly();
+}
+
+void CVellobar::update_quietly() {
+  try {
+    Update();
+  } catch (const std::exception&) {
+    // Whoever made the change succeeded; `Changed` stays set and says that the mailbox was not written.
+  }
+}
+
+bool CVellobar::is_locked_file(const std::string& path) const noexcept { return file_ && file_->is_same_file(path); }
+
+std::int32_t CVellobar::Language() noexcept { return language(); }
+
+void CVellobar::SetLanguage(std::int32_t value) noexcept { language() = value; }
+
+std::int32_t CVellobar::CharSet() noexcept { return platform::process_code_page(); }
+
+void CVellobar::SetCharSet(std::int32_t code_page) noexcept { platform::set_process_code_page(code_page); }
+
+}  // namespace vellobar

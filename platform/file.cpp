@@ -1,0 +1,68 @@
+#include "platform/file.h"
+
+#include <utility>
+
+namespace vellobar::platform {
+
+namespace {
+
+constexpr std::size_t kOutputBuffer = 256 * 1024;
+
+}  // namespace
+
+File::File(FileHandle handle, std::int64_t size) noexcept : handle_(std::move(handle)), size_(size) {}
+
+std::shared_ptr<File> File::open(const std::string& path) {
+  FileHandle handle = FileHandle::open_to_read(path);
+  const std::int64_t size = handle.size();
+  if (size < 0) return nullptr;
+  return std::shared_ptr<File>(new File(std::move(handle), size));
+}
+
+std::size_t File::read(std::int64_t position, void* to, std::size_t count) noexcept {
+  return handle_.valid() ? handle_.read_at(position, to, count, failed_) : 0;
+}
+
+void File::close() noexcept {
+  handle_ = FileHandle();
+  size_ = 0;
+}
+
+std::unique_ptr<OutputFile> OutputFile::create(const std::string& path) {
+  FileHandle handle = FileHandle::create(path);
+  return handle.valid() ? std::make_unique<OutputFile>(std::move(handle)) : nullptr;
+}
+
+OutputFile::OutputFile(FileHandle handle) : handle_(std::move(handle)) {}
+
+void OutputFile::write(std::string_view bytes) {
+  if (buffer_.size() + bytes.size() > kOutputBuffer) flush();
+  if (bytes.size() >= kOutputBuffer) {
+    handle_.write(bytes);
+  } else {
+    buffer_.append(bytes);
+  }
+}
+
+void OutputFile::flush() {
+  handle_.write(buffer_);
+  buffer_.clear();
+}
+
+void OutputFile::sync() {
+  flush();
+  handle_.sync();
+}
+
+void OutputFile::truncate_and_sync(std::int64_t size) {
+  flush();
+  handle_.truncate(size);
+  handle_.sync();
+}
+
+void OutputFile::close() {
+  flush();
+  handle_.close();
+}
+
+}  // namespace vellobar::platform
