@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "codecs/kernel_steps.h"
 #include "codecs/sextets.h"
 
 // Everything above is compiled for the plain processor: an inline function of a header must not leave this file with
@@ -117,12 +118,6 @@ void encode_lines(const unsigned char* from, std::size_t lines, unsigned char* t
   }
 }
 
-/// Length of the line end that stands here: CR LF, LF, or none.
-std::size_t line_end_size(const unsigned char* at) {
-  if (at[0] == '\n') return 1;
-  return at[0] == '\r' && at[1] == '\n' ? 2 : 0;
-}
-
 /// Decodes full lines of letters alone, as the stream encoder makes them.
 template <const SextetCode& kCode, std::size_t kLineBytes>
 void decode_lines(const unsigned char* from, std::size_t size, unsigned char* to, Progress& done) {
@@ -166,22 +161,9 @@ bool decode_run(const unsigned char* from, std::size_t size, unsigned char* to, 
 }
 
 template <const SextetCode& kCode, std::size_t kLineBytes, const SextetKernels Kernels::*kPlain>
-Progress decode(const unsigned char* from, std::size_t size, unsigned char* to) {
-  Progress done;
-  for (;;) {
-    decode_lines<kCode, kLineBytes>(from, size, to, done);
-    if (!decode_run<kCode>(from, size, to, done)) break;
-    const std::size_t line_end = line_end_size(from + done.read);
-    if (line_end == 0) return done;
-    done.read += line_end;
-  }
-  const Progress rest = (kScalarKernels.*kPlain).decode(from + done.read, size - done.read, to + done.written);
-  return {done.read + rest.read, done.written + rest.written};
-}
-
-template <const SextetCode& kCode, std::size_t kLineBytes, const SextetKernels Kernels::*kPlain>
-constexpr SextetKernels kSextetKernels = {encode<kCode, kPlain>, encode_lines<kCode, kLineBytes>,
-                                          decode<kCode, kLineBytes, kPlain>};
+constexpr SextetKernels kSextetKernels = {
+    encode<kCode, kPlain>, encode_lines<kCode, kLineBytes>,
+    decode_lines_and_runs<decode_lines<kCode, kLineBytes>, decode_run<kCode>, kPlain>};
 
 }  // namespace
 

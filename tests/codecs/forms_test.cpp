@@ -253,7 +253,7 @@ TEST_P(Forms, agree_on_coded_files_with_a_hostile_byte_around_every_edge) {
   const std::string uu = "begin 644 x\r\n" + reference::encode_uu_file(bytes) + "\r\nend\r\n";
   for (const std::size_t edge : {76u, 254u, 512u, 1024u, 32u * 1024u, 64u * 1024u}) {
     for (std::size_t place = edge - 3; place < edge + 3; ++place) {
-      for (const char hostile : {'\0', '\r', '\n', ' ', '=', ':', 'M', '\xE9', '~'}) {
+      for (const char hostile : {'\0', '\n', '=', '\xE9'}) {
         std::string text = base64;
         text[place] = hostile;
         expect_equal(decoded_file(decode_base64_stream, text), reference::decode_base64(text), "Base64", text);
