@@ -20,12 +20,12 @@ void wipe(char* bytes, std::size_t count) noexcept {
 }  // namespace
 
 WipedStorage::WipedStorage(std::size_t size, std::pmr::memory_resource* memory)
-    : data_(static_cast<char*>(memory->allocate(size))), size_(size), memory_(memory) {}
+    : data_(static_cast<char*>(memory->allocate(size, kAlignment))), size_(size), memory_(memory) {}
 
 WipedStorage::~WipedStorage() {
   if (data_ == nullptr) return;
   wipe(data_, size_);
-  memory_->deallocate(data_, size_);
+  memory_->deallocate(data_, size_, kAlignment);
 }
 
 WipedStorage::WipedStorage(WipedStorage&& other) noexcept

@@ -13,6 +13,9 @@ namespace vellobar::mailbox {
 /// A fixed number of bytes, not initialised, overwritten with zeros before they are freed.
 class WipedStorage {
  public:
+  /// The storage begins at a multiple of this.
+  static constexpr std::size_t kAlignment = 64;
+
   WipedStorage() = default;
   /// Takes `size` bytes from `memory`, which must outlive the storage. Throws std::bad_alloc.
   WipedStorage(std::size_t size, std::pmr::memory_resource* memory);

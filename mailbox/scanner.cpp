@@ -78,6 +78,7 @@ class Scan {
         search_(line_search(options.search)),
         separator_is_plain_(!separator.empty() && separator.find_first_of("\r\n") == std::string_view::npos),
         prefix_kept_(separator.size() + 2),
+        block_offset_((prefix_kept_ + WipedStorage::kAlignment - 1) & ~(WipedStorage::kAlignment - 1)),
         tally_(from, limit, sink),
         read_position_(from),
         chunk_(options.first_chunk) {}
@@ -113,7 +114,7 @@ class Scan {
 
   std::int64_t read_block(std::int64_t wanted) {
     if (read_failed_) return 0;
-    const std::size_t got = file_.read(read_position_, storage_.data() + kept_, static_cast<std::size_t>(wanted));
+    const std::size_t got = file_.read(read_position_, block(), static_cast<std::size_t>(wanted));
     read_failed_ = static_cast<std::int64_t>(got) < wanted && file_.failed();
     read_position_ += static_cast<std::int64_t>(got);
     return static_cast<std::int64_t>(got);
@@ -121,11 +122,11 @@ class Scan {
 
   /// Makes the storage large enough for the kept bytes and one block of the chunk.
   void reserve_block() {
-    const std::size_t needed = prefix_kept_ + static_cast<std::size_t>(std::min(chunk_, options_.read_at_once));
+    const std::size_t needed = block_offset_ + static_cast<std::size_t>(std::min(chunk_, options_.read_at_once));
     if (storage_.size() >= needed) return;
     try {
       WipedStorage larger(needed, options_.memory);
-      if (kept_ > 0) std::memcpy(larger.data(), storage_.data(), kept_);
+      if (kept_ > 0) std::memcpy(larger.data() + block_offset_ - kept_, kept(), kept_);
       storage_ = std::move(larger);
     } catch (const std::bad_alloc&) {
       tally_.finish();
@@ -136,17 +137,17 @@ class Scan {
   /// Counts the lines that `got` new bytes behind the kept ones complete, and keeps what the next line needs. False
   /// when no line feed came.
   bool take_lines(std::int64_t got) {
-    const char* begin = storage_.data();
-    const char* end = begin + kept_ + got;
-    const char* lines_end = behind_last_line_feed(begin + kept_, end);
-    if (lines_end == begin + kept_) {
+    const char* begin = kept();
+    const char* end = block() + got;
+    const char* lines_end = behind_last_line_feed(block(), end);
+    if (lines_end == block()) {
       keep(begin, held_ + got);
       return false;
     }
     held_counted_ = false;
     const char* line = begin;
     if (held_ > static_cast<std::int64_t>(kept_)) {
-      line = behind_next_line_feed(begin + kept_, lines_end);
+      line = behind_next_line_feed(block(), lines_end);
       tally_.add(held_ - static_cast<std::int64_t>(kept_) + (line - begin), 1, matches(text_of(begin, line)));
     }
     count_lines(line, lines_end);
@@ -186,7 +187,7 @@ class Scan {
   /// A chunk without a line feed counts everything held as a line and keeps it, so that the whole line counts it once
   /// more. Deliberate; held by the test a_line_longer_than_a_chunk_is_counted_as_held_and_again_as_a_whole.
   void count_held_bytes() {
-    tally_.add(held_, 1, matches({storage_.data(), kept_}));
+    tally_.add(held_, 1, matches({kept(), kept_}));
     held_counted_ = true;
   }
 
@@ -198,8 +199,11 @@ class Scan {
   void keep(const char* line, std::int64_t length) {
     held_ = length;
     kept_ = static_cast<std::size_t>(std::min<std::int64_t>(length, static_cast<std::int64_t>(prefix_kept_)));
-    std::memmove(storage_.data(), line, kept_);
+    std::memmove(kept(), line, kept_);
   }
+
+  char* block() noexcept { return storage_.data() + block_offset_; }
+  char* kept() noexcept { return block() - kept_; }
 
   bool matches(std::string_view text) const noexcept { return text.starts_with(separator_); }
 
@@ -210,6 +214,9 @@ class Scan {
   const bool separator_is_plain_;
   /// With two bytes more than the separator, whatever the line end is the text is long enough.
   const std::size_t prefix_kept_;
+  /// Where in the storage a block is read to, right behind the kept bytes. Aligned, because the system copies to an
+  /// aligned address up to five times as fast.
+  const std::size_t block_offset_;
   Tally tally_;
   WipedStorage storage_;
   std::int64_t read_position_;

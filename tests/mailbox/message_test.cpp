@@ -180,7 +180,7 @@ TEST(Message, text_put_on_an_unreadable_header_block_is_30005_and_changes_nothin
   box.control().Lock();
   expect_error(ErrorNumber::cannot_load_text, Reporter::message, [&] { box.message(0)->SetText(u"new"); });
   box.control().Update();
-  EXPECT_EQ(box.content(), damaged + "\r\n");
+  EXPECT_TRUE(box.content() == damaged + "\r\n");
 }
 
 TEST(Message, save_writes_what_an_update_would_write) {

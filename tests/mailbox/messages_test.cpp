@@ -110,7 +110,7 @@ TEST(Messages, add_of_a_file_with_an_unreadable_header_block_succeeds) {
   EXPECT_EQ(box.count(), 1);
   expect_error(ErrorNumber::cannot_load_headers, Reporter::message, [&] { added->Headers(); });
   box.control().Update();
-  EXPECT_EQ(box.content(), "From <unknown>\r\n" + damaged + "\r\n");
+  EXPECT_TRUE(box.content() == "From <unknown>\r\n" + damaged + "\r\n");
 }
 
 TEST(Messages, add_of_a_message_object_shares_it_and_leaves_its_own_links_alone) {

@@ -152,25 +152,30 @@ TEST(Update, refuses_also_when_the_message_that_moved_was_removed) {
   EXPECT_EQ(box.content(), moved);
 }
 
+// A line runs positions ahead when a chunk of the scan ends without a line feed in it: the first chunks are 16,384 and
+// 32,768 bytes long.
+
 TEST(Update, refuses_positions_that_ran_ahead_behind_an_over_long_line) {
   const std::string mailbox =
-      "From a\n\n" + std::string(20000, 'x') + "\n\nFrom b\n\n" + std::string(50000, '\n') + "From c\n\nthree\n";
+      std::string(20000, 'x') + "\n\nFrom b\n\n" + std::string(50000, '\n') + "From c\n\nthree\n";
   Mailbox box(mailbox);
   box.control().Lock();
-  EXPECT_GT(box.message(box.count() - 1)->StartPosition(), 0);
+  ASSERT_EQ(box.count(), 2) << "the scan ends ahead of the last message";
+  EXPECT_EQ(box.message(1)->StartPosition(), 20002 + 16384);
   expect_refused(box);
-  EXPECT_EQ(box.content(), mailbox);
+  EXPECT_TRUE(box.content() == mailbox);
 }
 
 TEST(Update, writes_an_over_long_line_in_the_last_message_whole_and_once) {
-  const std::string mailbox = "From a\n\none\n\nFrom b\n\n" + std::string(20000, 'x') + "\nend\n";
+  const std::string line(60000, 'x');
+  const std::string mailbox = "From a\n\none\n\nFrom b\n\n" + line + "\nend\n";
   Mailbox box(mailbox);
   box.control().Lock();
+  ASSERT_EQ(box.count(), 2);
   EXPECT_GT(box.message(1)->EndPosition(), static_cast<std::int64_t>(mailbox.size()));
   tests::append_to_file(box.path(), "From c\n\nthree\n");
   box.control().Update();
-  EXPECT_EQ(box.content(),
-            "From a\r\n\r\none\n\nFrom b\r\n\r\n" + std::string(20000, 'x') + "\nend\n\r\nFrom c\n\nthree\n");
+  EXPECT_TRUE(box.content() == "From a\r\n\r\none\n\nFrom b\r\n\r\n" + line + "\nend\n\r\nFrom c\n\nthree\n");
 }
 
 TEST(Update, that_fails_keeps_messages_and_edits_and_a_later_one_succeeds) {
@@ -197,7 +202,7 @@ TEST(Update, writes_an_unreadable_header_block_back_as_its_own_bytes) {
   box.control().Lock();
   ASSERT_EQ(box.count(), 2);
   box.control().Update();
-  EXPECT_EQ(box.content(), "From a\r\n\r\none\n" + damaged + "\r\n");
+  EXPECT_TRUE(box.content() == "From a\r\n\r\none\n" + damaged + "\r\n");
 }
 
 TEST(Update, gives_an_unreadable_message_the_separator_line_that_a_client_put) {
@@ -206,7 +211,7 @@ TEST(Update, gives_an_unreadable_message_the_separator_line_that_a_client_put) {
   box.control().Lock();
   box.message(0)->SetMailInfo(u"From me");
   box.control().Update();
-  EXPECT_EQ(box.content(), "From me\r\n" + rest + "\r\n");
+  EXPECT_TRUE(box.content() == "From me\r\n" + rest + "\r\n");
 }
 
 TEST(Update, a_mail_info_that_does_not_start_with_from_is_not_written) {

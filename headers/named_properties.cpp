@@ -1,0 +1,97 @@
+#include <string>
+#include <string_view>
+
+#include "headers/headers.h"
+#include "mailbox/message.h"
+#include "mime/charset_name.h"
+#include "mime/encoded_word.h"
+#include "platform/code_page.h"
+
+namespace vellobar {
+
+// ---- Reading and writing a header by its name ----
+
+std::u16string CMessage::decoded_header(std::string_view name) {
+  const CHeaders* headers = load_headers();
+  if (headers == nullptr) return {};
+  const std::size_t position = headers->find(name);
+  if (position == CHeaders::npos) return {};
+  return mime::decode_header_value(headers->narrow_value(position));
+}
+
+void CMessage::set_header_value(std::string_view name, std::u16string_view value) {
+  // Deliberate: a header block read only for this write is not searched; see
+  // setting_a_property_before_anything_was_read_appends_a_second_header.
+  const bool searches = loaded_headers() != nullptr;
+  CHeaders* headers = load_headers();
+  if (headers == nullptr) return;
+  const std::size_t position = searches ? headers->find(name) : CHeaders::npos;
+  if (position == CHeaders::npos) {
+    if (!value.empty()) headers->append(platform::widen(platform::kThreadCodePage, name), value);
+  } else if (value.empty()) {
+    headers->erase(position);
+  } else {
+    headers->set_value(position, value);
+  }
+}
+
+// ---- Properties that show a header's text ----
+
+std::u16string CMessage::From() { return decoded_header("From"); }
+std::u16string CMessage::To() { return decoded_header("To"); }
+std::u16string CMessage::CC() { return decoded_header("CC"); }
+std::u16string CMessage::BCC() { return decoded_header("BCC"); }
+
+std::u16string CMessage::Subject() { return decoded_header("Subject"); }
+void CMessage::SetSubject(std::u16string_view subject) {
+  const bool is_encoded = mime::has_8_bit_bytes(platform::narrow(platform::process_code_page(), subject));
+  set_header_value("Subject", is_encoded ? mime::utf8_encoded_word(subject) : std::u16string(subject));
+}
+
+std::u16string CMessage::ContentDescription() { return decoded_header("Content-Description"); }
+void CMessage::SetContentDescription(std::u16string_view value) { set_header_value("Content-Description", value); }
+
+std::u16string CMessage::ContentDisposition() { return decoded_header("Content-Disposition"); }
+void CMessage::SetContentDisposition(std::u16string_view value) { set_header_value("Content-Disposition", value); }
+
+std::u16string CMessage::ContentID() { return decoded_header("Content-ID"); }
+void CMessage::SetContentID(std::u16string_view value) { set_header_value("Content-ID", value); }
+
+std::u16string CMessage::ContentTransferEncoding() { return decoded_header("Content-Transfer-Encoding"); }
+void CMessage::SetContentTransferEncoding(std::u16string_view value) {
+  set_header_value("Content-Transfer-Encoding", value);
+}
+
+std::u16string CMessage::ContentType() { return decoded_header("Content-Type"); }
+void CMessage::SetContentType(std::u16string_view value) { set_header_value("Content-Type", value); }
+
+std::u16string CMessage::MessageID() { return decoded_header("Message-ID"); }
+void CMessage::SetMessageID(std::u16string_view value) { set_header_value("Message-ID", value); }
+
+std::u16string CMessage::MIMEVersion() { return decoded_header("MIME-Version"); }
+void CMessage::SetMIMEVersion(std::u16string_view value) { set_header_value("MIME-Version", value); }
+
+std::u16string CMessage::ContentSubtype() { return decoded_header("Content-Subtype"); }
+void CMessage::SetContentSubtype(std::u16string_view value) { set_header_value("Content-Subtype", value); }
+
+std::u16string CMessage::ContentSubtypeParameters() { return decoded_header("Content-Subtype-Parameters"); }
+void CMessage::SetContentSubtypeParameters(std::u16string_view value) {
+  set_header_value("Content-Subtype-Parameters", value);
+}
+
+// ---- The charset of a message ----
+
+std::u16string CMessage::CharSet() {
+  const std::string content_type = platform::narrow(platform::process_code_page(), ContentType());
+  return platform::widen(platform::kThreadCodePage, mime::charset_in_content_type(content_type));
+}
+
+// Deliberately nothing: the charset is what the Content-Type says; see
+// setting_char_set_changes_nothing_and_reading_gives_the_one_in_content_type.
+void CMessage::SetCharSet(std::u16string_view) {}
+
+int CMessage::code_page() {
+  return mime::code_page_of_charset(platform::narrow(platform::process_code_page(), CharSet()));
+}
+
+}  // namespace vellobar

@@ -1,0 +1,17 @@
+// The decoding of a header value written down pass by pass, as the rule has it, each pass over the whole value and with
+// a codec of its own. Slow, and independent of the component's decoding, whose results are compared with it.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace vellobar::tests {
+
+struct LiteralResult {
+  std::string bytes;
+  int code_page = 0;
+};
+
+LiteralResult decode_literally(std::string_view value);
+
+}  // namespace vellobar::tests
