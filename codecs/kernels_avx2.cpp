@@ -326,24 +326,32 @@ constexpr EscapeOrder escape_order() {
 }
 constexpr EscapeOrder kEscapeOrder = escape_order();
 
+/// How many of eight bytes count, and how many characters they make.
+struct Counted {
+  std::size_t bytes;
+  std::size_t characters;
+};
+
+Counted count_before(unsigned returns, unsigned escaped) {
+  const auto bytes = static_cast<unsigned>(std::countr_zero(returns));
+  const unsigned counted = escaped & ((1U << bytes) - 1);
+  return {bytes, bytes + 2 * static_cast<std::size_t>(std::popcount(counted))};
+}
+
 /// Eight bytes at a time: all their characters are stored, and as many count as lie before a CR. Where the line could
 /// end inside the eight, the plain form goes on.
 Progress encode_quoted_printable(const unsigned char* from, std::size_t size, std::size_t room, unsigned char* to) {
   constexpr std::size_t kBytes = 8;
-  constexpr std::size_t kStored = 32;
+  constexpr std::size_t kBytesForRoom = 11;  // 32 characters are stored, and each byte has room for three
   const __m128i digits = load_half(kHexDigits);
   const __m128i nibble = _mm_set1_epi8(15);
+  const __m128i equals = _mm_set1_epi8('=');
   Progress done;
-  while (size - done.read >= kStored / 3 + 1) {
+  while (size - done.read >= kBytesForRoom) {
     const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from + done.read));
-    const __m128i equals = _mm_set1_epi8('=');
     const auto escaped =
-        static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(bytes, _mm_cmpeq_epi8(bytes, equals))) & 0xFF);
-    const auto returns = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('\r'))) | 0x100);
-    const auto count = static_cast<unsigned>(std::countr_zero(returns));
-    const unsigned counted = escaped & ((1U << count) - 1);
-    const std::size_t characters = count + 2 * static_cast<std::size_t>(std::popcount(counted));
-    if (done.written + characters > room) break;
+        static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(bytes, _mm_cmpeq_epi8(bytes, equals)))) & 0xFF;
+    const auto returns = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('\r'))));
     const __m128i plain = _mm_blendv_epi8(bytes, equals, bytes);
     const __m128i first = _mm_shuffle_epi8(digits, _mm_and_si128(_mm_srli_epi16(bytes, 4), nibble));
     const __m128i second = _mm_shuffle_epi8(digits, _mm_and_si128(bytes, nibble));
@@ -352,9 +360,16 @@ Progress encode_quoted_printable(const unsigned char* from, std::size_t size, st
     store(to + done.written,
           _mm256_or_si256(_mm256_shuffle_epi8(_mm256_broadcastsi128_si256(_mm_unpacklo_epi64(plain, first)), order),
                           _mm256_shuffle_epi8(_mm256_broadcastsi128_si256(second), second_order)));
-    done.read += count;
+    if (returns != 0) {
+      const Counted counted = count_before(returns, escaped);
+      if (done.written + counted.characters > room) break;
+      return {done.read + counted.bytes, done.written + counted.characters};
+    }
+    // Not by way of `count_before`: the next address must not wait for what is found here.
+    const std::size_t characters = kBytes + 2 * static_cast<std::size_t>(std::popcount(escaped));
+    if (done.written + characters > room) break;
+    done.read += kBytes;
     done.written += characters;
-    if (count < kBytes) return done;
   }
   const Progress rest = kScalarKernels.encode_quoted_printable(from + done.read, size - done.read, room - done.written,
                                                                to + done.written);

@@ -217,6 +217,8 @@ std::string CHeaders::narrow_lower_name(std::size_t position) const {
   return platform::narrow(platform::process_code_page(), platform::fold_case(name_of(items_[position])));
 }
 
+std::u16string CHeaders::name(std::size_t position) const { return name_of(items_[position]); }
+
 std::u16string CHeaders::value(std::size_t position) const { return value_of(items_[position]); }
 
 void CHeaders::set_value(std::size_t position, std::u16string_view value) { object_at(position)->store_value(value); }

@@ -68,6 +68,7 @@ class CHeaders {
   std::string narrow_value(std::size_t position) const;
   /// The name at a position, lower-cased, as bytes in the process code page.
   std::string narrow_lower_name(std::size_t position) const;
+  std::u16string name(std::size_t position) const;
   std::u16string value(std::size_t position) const;
 
   void set_value(std::size_t position, std::u16string_view value);

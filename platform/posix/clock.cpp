@@ -15,11 +15,12 @@ constexpr std::int64_t kTicksPerMillisecond = 10'000;
 constexpr std::int64_t kMillisecondsPerDay = 86'400'000;
 constexpr std::int64_t kSecondsPerDay = 86'400;
 constexpr int kFirstTicksYear = 1601, kLastYear = 9999;
+constexpr int kLastField = 0x7FFF;  // the fields of an automation date are signed 16-bit numbers
 
 /// Days from 1 March of the year 0 (Gregorian rules throughout) to the day; months count from March, so that the leap
 /// day ends its year.
 constexpr std::int64_t day_number(int year, int month, int day) noexcept {
-  const int shifted_month = (month + 9) % 12;
+  const int shifted_month = month <= 2 ? month + 9 : month - 3;
   const std::int64_t y = month <= 2 ? year - 1 : year;
   return 365 * y + y / 4 - y / 100 + y / 400 + (153 * shifted_month + 2) / 5 + day - 1;
 }
@@ -48,6 +49,9 @@ void set_time_of_day(std::int64_t milliseconds, BrokenDownTime& time) noexcept {
   time.minute = static_cast<int>(milliseconds / 60'000 % 60);
   time.hour = static_cast<int>(milliseconds / 3'600'000);
 }
+
+/// Automation dates read a year below 50 as one of this century and one below 100 as one of the last.
+constexpr int century_added(int year) noexcept { return year >= 100 ? year : year + (year < 50 ? 2000 : 1900); }
 
 constexpr int days_in_month(int year, int month) noexcept {
   constexpr int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
@@ -123,11 +127,22 @@ bool from_ticks(std::int64_t ticks, BrokenDownTime& time) noexcept {
 }
 
 bool to_automation_date(const BrokenDownTime& time, double& date) noexcept {
-  if (!within(time.year, 100, kLastYear) || !is_day(time) || !is_time_of_day(time)) return false;
-  const std::int64_t days = day_number(time.year, time.month, time.day) - kAutomationDay;
-  const double fraction = time.hour / 24.0 + time.minute / 1440.0 + time.second / 86400.0;
-  // Before 30 December 1899 the days count backwards, but the time of day still counts forwards from midnight.
-  date = static_cast<double>(days) + (days < 0 ? -fraction : fraction);
+  if (!within(time.year, 0, kLastYear) || !within(time.month, 0, 12) || !within(time.day, 0, 31) ||
+      !within(time.hour, 0, kLastField) || !within(time.minute, 0, kLastField) || !within(time.second, 0, kLastField) ||
+      !within(time.milliseconds, 0, kLastField)) {
+    return false;
+  }
+  const std::int64_t seconds = (time.hour * 60LL + time.minute) * 60 + time.second;
+  const std::int64_t days = day_number(century_added(time.year), time.month, time.day) + seconds / kSecondsPerDay;
+  if (days > kLastAutomationDay) return false;
+  // Before 30 December 1899 the days count backwards, but the time of day still counts forwards from midnight. Added
+  // one by one, hours first, as the system does it: another order differs in the last bit.
+  const std::int64_t second_of_day = seconds % kSecondsPerDay;
+  const double whole = static_cast<double>(days - kAutomationDay);
+  const double sign = whole < 0 ? -1.0 : 1.0;
+  date = whole + sign * static_cast<double>(second_of_day / 3600) / 24.0;
+  date += sign * static_cast<double>(second_of_day / 60 % 60) / 1440.0;
+  date += sign * static_cast<double>(second_of_day % 60) / 86400.0;
   return true;
 }
 
@@ -136,15 +151,14 @@ bool from_automation_date(double date, BrokenDownTime& time) noexcept {
       !(date < static_cast<double>(kLastAutomationDay - kAutomationDay + 1))) {
     return false;
   }
+  // Half a second rounds up, also when the double that stands for it lies a little below.
+  constexpr double kSlackDays = 1e-11;
   const double whole = std::trunc(date);
-  std::int64_t day = static_cast<std::int64_t>(whole) + kAutomationDay;
-  std::int64_t seconds = std::llround(std::fabs(date - whole) * kSecondsPerDay);
-  if (seconds == kSecondsPerDay) {
-    seconds = 0;
-    ++day;
-  }
+  const double fraction = std::fabs(date - whole) + kSlackDays;
+  const auto seconds = static_cast<std::int64_t>(std::floor(fraction * kSecondsPerDay + 0.5));
+  const std::int64_t day = static_cast<std::int64_t>(whole) + kAutomationDay + seconds / kSecondsPerDay;
   set_day(day, time);
-  set_time_of_day(seconds * 1000, time);
+  set_time_of_day(seconds % kSecondsPerDay * 1000, time);
   return true;
 }
 

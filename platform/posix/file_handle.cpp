@@ -19,6 +19,13 @@ constexpr mode_t kPermissionBits = 07777;
 
 [[noreturn]] void fail(const char* doing) { throw std::system_error(errno, std::generic_category(), doing); }
 
+/// Opens a path as a whole: one with a NUL inside names no file, and is not cut there.
+int open_whole(const std::string& path, int flags, mode_t mode = 0) noexcept {
+  if (path.find('\0') == std::string::npos) return ::open(path.c_str(), flags | O_CLOEXEC, mode);
+  errno = EINVAL;
+  return -1;
+}
+
 int number(std::intptr_t handle) noexcept { return static_cast<int>(handle); }
 
 bool same(const struct stat& left, const struct stat& right) noexcept {
@@ -61,19 +68,19 @@ FileHandle::~FileHandle() {
 
 FileHandle FileHandle::open_to_read(const std::string& path) noexcept {
   // Not blocking: a pipe without a writer must be refused by its missing size, not waited for.
-  return FileHandle(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  return FileHandle(open_whole(path, O_RDONLY | O_NONBLOCK));
 }
 
 FileHandle FileHandle::open_to_overwrite(const std::string& path) noexcept {
-  return FileHandle(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
+  return FileHandle(open_whole(path, O_WRONLY));
 }
 
 FileHandle FileHandle::create(const std::string& path) noexcept {
-  return FileHandle(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+  return FileHandle(open_whole(path, O_WRONLY | O_CREAT | O_TRUNC, 0666));
 }
 
 FileHandle FileHandle::create_new(const std::string& path) noexcept {
-  return FileHandle(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+  return FileHandle(open_whole(path, O_WRONLY | O_CREAT | O_EXCL, 0600));
 }
 
 std::int64_t FileHandle::size() const noexcept {

@@ -5,6 +5,7 @@
 #include <oleauto.h>
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 
 #include "platform/clock_source.h"
@@ -43,6 +44,17 @@ BrokenDownTime from_system_time(const SYSTEMTIME& time) noexcept {
           .milliseconds = time.wMilliseconds};
 }
 
+/// The day of week of a date between the years 100 and 9999. Asked of the calendar, because the system may name the day
+/// before when the time of day was rounded up to midnight. Weekdays repeat every 400 years; 1600 years on, file times
+/// reach all of them.
+int day_of_week(SYSTEMTIME fields) noexcept {
+  FILETIME file_time;
+  fields.wYear = static_cast<WORD>(fields.wYear + 1600);
+  ::SystemTimeToFileTime(&fields, &file_time);
+  ::FileTimeToSystemTime(&file_time, &fields);
+  return fields.wDayOfWeek;
+}
+
 }  // namespace
 
 ClockReading read_system_clock() {
@@ -63,6 +75,9 @@ bool to_ticks(const BrokenDownTime& time, std::int64_t& ticks) noexcept {
   if (time.year > kLastYear || !to_system_time(time, fields) || !::SystemTimeToFileTime(&fields, &file_time)) {
     return false;
   }
+  // A day that its month does not have must not slip through as one of the next month.
+  SYSTEMTIME back;
+  if (!::FileTimeToSystemTime(&file_time, &back) || back.wDay != fields.wDay) return false;
   ticks =
       static_cast<std::int64_t>(static_cast<std::uint64_t>(file_time.dwHighDateTime) << 32 | file_time.dwLowDateTime);
   return true;
@@ -84,8 +99,9 @@ bool to_automation_date(const BrokenDownTime& time, double& date) noexcept {
 
 bool from_automation_date(double date, BrokenDownTime& time) noexcept {
   SYSTEMTIME fields;
-  if (!::VariantTimeToSystemTime(date, &fields)) return false;
+  if (std::isnan(date) || !::VariantTimeToSystemTime(date, &fields)) return false;
   time = from_system_time(fields);
+  time.day_of_week = day_of_week(fields);
   return true;
 }
 

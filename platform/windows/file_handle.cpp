@@ -22,7 +22,9 @@ constexpr DWORD kRenamePause = 20;  // milliseconds, doubled from try to try
 
 HANDLE native(std::intptr_t handle) noexcept { return reinterpret_cast<HANDLE>(handle); }
 
+/// Opens a path as a whole: one with a NUL inside names no file, and is not cut there.
 std::intptr_t open(const std::string& path, DWORD access, DWORD share, DWORD how) noexcept {
+  if (path.find('\0') != std::string::npos) return -1;
   return reinterpret_cast<std::intptr_t>(
       ::CreateFileA(path.c_str(), access, share, nullptr, how, FILE_ATTRIBUTE_NORMAL, nullptr));
 }

@@ -160,7 +160,7 @@ TEST(Update, refuses_positions_that_ran_ahead_behind_an_over_long_line) {
       std::string(20000, 'x') + "\n\nFrom b\n\n" + std::string(50000, '\n') + "From c\n\nthree\n";
   Mailbox box(mailbox);
   box.control().Lock();
-  ASSERT_EQ(box.count(), 3);
+  ASSERT_EQ(box.count(), 2) << "the scan ends ahead of the last message";
   EXPECT_EQ(box.message(1)->StartPosition(), 20002 + 16384);
   expect_refused(box);
   EXPECT_TRUE(box.content() == mailbox);

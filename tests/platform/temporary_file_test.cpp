@@ -3,9 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
 
 #include "platform/clock.h"
 #include "platform/file.h"
+#ifndef _WIN32
+#include <sys/stat.h>
+
+#include <cstdlib>
+#endif
 
 namespace vellobar::platform {
 namespace {
@@ -24,14 +30,70 @@ TEST(TemporaryFile, a_new_empty_file_with_the_prefix_is_made_in_the_temporary_fo
   }
 }
 
-TEST(TemporaryFile, the_fallback_name_is_made_of_signed_low_words) {
-  const FixedTemporaryFolder folder("no-such-folder/");
-  const FixedClock clock(ClockReading{}, 0x1234FFFE);
+#ifndef _WIN32
+TEST(TemporaryFile, a_new_file_is_readable_and_writable_by_the_user_only) {
   const std::string name = temporary_file_name();
-  EXPECT_EQ(name.find("no-such-folder/VLB4294967294_"), 0u) << name;
-  EXPECT_EQ(temporary_file_name(1).find("no-such-folder/VLB4294967295_"), 0u);
-  EXPECT_EQ(temporary_file_name(2).find("no-such-folder/VLB0_"), 0u);
-  EXPECT_EQ(File::open(name), nullptr) << "the file is not made";
+  struct stat info {};
+  ASSERT_EQ(::stat(name.c_str(), &info), 0);
+  EXPECT_EQ(info.st_mode & 0777, 0600u);
+  EXPECT_TRUE(remove_file(name));
+}
+#endif
+
+TEST(TemporaryFile, the_temporary_folder_ends_in_a_separator_and_exists) {
+  const std::string folder = temporary_folder();
+  ASSERT_FALSE(folder.empty());
+  EXPECT_TRUE(folder.back() == '/' || folder.back() == '\\') << folder;
+  const std::string name = temporary_file_name();
+  EXPECT_NE(File::open(name), nullptr);
+  remove_file(name);
+}
+
+TEST(TemporaryFile, without_a_temporary_folder_the_current_one_serves) {
+  const FixedTemporaryFolder none("");
+#ifdef _WIN32
+  EXPECT_EQ(temporary_folder(), ".\\");
+#else
+  EXPECT_EQ(temporary_folder(), "./");
+#endif
+}
+
+/// The low 16 bits of the thread identifier as they print: as a signed number, widened, without a sign.
+std::string printed_thread() {
+  const std::uint32_t low = thread_identifier() & 0xFFFF;
+  return std::to_string(low < 0x8000 ? low : low + 0xFFFF0000u);
+}
+
+TEST(TemporaryFile, the_fallback_name_is_made_of_low_words_widened_with_their_sign) {
+  const FixedTemporaryFolder folder("no-such-folder/");
+  const std::string end = "_" + printed_thread() + ".tmp";
+  const struct {
+    std::uint32_t ticks, offset;
+    const char* printed;
+  } rows[] = {
+      {0x1234FFFE, 0, "4294967294"}, {0x1234FFFE, 1, "4294967295"}, {0x1234FFFE, 2, "0"}, {0x00018000, 0, "4294934528"},
+      {0x00007FFF, 0, "32767"},      {0x00007FFF, 1, "4294934528"}, {0xFFFFFFFF, 1, "0"}, {0xABCD0001, 0, "1"},
+  };
+  for (const auto& row : rows) {
+    const FixedClock clock(ClockReading{}, row.ticks);
+    const std::string name = temporary_file_name(row.offset);
+    EXPECT_EQ(name, std::string("no-such-folder/VLB") + row.printed + end);
+    EXPECT_EQ(File::open(name), nullptr) << "the file is not made";
+  }
+}
+
+TEST(TemporaryFile, threads_have_identifiers_of_their_own) {
+  const std::uint32_t mine = thread_identifier();
+  std::uint32_t theirs = mine;
+  std::thread([&theirs] { theirs = thread_identifier(); }).join();
+  EXPECT_NE(mine, theirs);
+  EXPECT_EQ(mine, thread_identifier());
+  EXPECT_NE(process_identifier(), 0u);
+}
+
+TEST(TemporaryFile, the_host_has_a_name) {
+  EXPECT_FALSE(host_name().empty());
+  EXPECT_LT(host_name().size(), 100u);
 }
 
 TEST(TemporaryFile, a_system_without_a_host_name_is_localhost) {

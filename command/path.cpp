@@ -1,0 +1,38 @@
+#include "command/path.h"
+
+#include <filesystem>
+#include <system_error>
+
+#include "command/failure.h"
+#include "errors/error.h"
+#include "mailbox/vellobar.h"
+#include "platform/code_page.h"
+
+namespace vellobar::command {
+
+namespace {
+
+std::string why_unreadable(const std::string& path) {
+  std::error_code problem;
+  const std::filesystem::file_status status = std::filesystem::status(path, problem);
+  if (!std::filesystem::exists(status)) return "there is no such file";
+  if (std::filesystem::is_directory(status)) return "it is a folder";
+  if (!std::filesystem::is_regular_file(status)) return "it is not a regular file";
+  return "permission denied";
+}
+
+}  // namespace
+
+std::u16string core_path(const std::string& path) { return platform::widen(platform::process_code_page(), path); }
+
+void lock_mailbox(CVellobar& control, const std::string& path) {
+  control.SetFilename(core_path(path));
+  try {
+    control.Lock();
+  } catch (const Error& error) {
+    if (error.number() != ErrorNumber::cannot_open_mailbox) throw;
+    throw Failure("cannot open mailbox " + path + ": " + why_unreadable(path));
+  }
+}
+
+}  // namespace vellobar::command

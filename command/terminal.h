@@ -1,0 +1,16 @@
+// Text for people: in the character set of their locale, and without the control characters by which mail could move
+// the cursor or rename the window.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace vellobar::command {
+
+/// Text of one line: line ends and other control characters show as one blank each.
+std::string shown_line(std::u16string_view text);
+
+/// Text of several lines: tabs and line ends stay, a CR LF becomes a line feed, other control characters show as "?".
+std::string shown_text(std::u16string_view text);
+
+}  // namespace vellobar::command

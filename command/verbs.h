@@ -1,0 +1,13 @@
+// The verbs of the command line. Each adds itself with its options to the program and runs when it was chosen.
+#pragma once
+
+namespace CLI {
+class App;
+}
+
+namespace vellobar::command {
+
+void add_list(CLI::App& program);
+void add_show(CLI::App& program);
+
+}  // namespace vellobar::command

@@ -1,0 +1,81 @@
+#!/bin/bash
+# The command line as a person meets it. Usage: command_test.bash PROGRAM
+# Each check runs the program and compares what it printed, to the byte, and its exit code.
+set -u
+program=$1
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+export LC_ALL=C.UTF-8
+failures=0
+
+# check NAME EXPECTED_CODE EXPECTED_STDOUT EXPECTED_STDERR ARGUMENTS...
+check() {
+  local name=$1 code=$2 out=$3 err=$4
+  shift 4
+  "$program" "$@" >"$folder/out" 2>"$folder/err" </dev/null
+  local got=$?
+  if [ "$got" != "$code" ] || [ "$(cat "$folder/out")" != "$out" ] || [ "$(cat "$folder/err")" != "$err" ]; then
+    failures=$((failures + 1))
+    printf 'FAILED %s\n  exit code %s, expected %s\n--- out\n' "$name" "$got" "$code"
+    diff <(printf '%s\n' "$out") "$folder/out"
+    printf -- '--- err\n'
+    diff <(printf '%s\n' "$err") "$folder/err"
+  else
+    printf 'ok %s\n' "$name"
+  fi
+}
+
+printf 'From ann today\nFrom: =?utf-8?Q?J=C3=BCrgen?= <j@example.org>\nDate: Mon, 5 Jan 2026 10:00:00 +0000\nSubject: gr\xfc\xdfe\n\nfirst\x1b[2J\n\nFrom bob\nX: 1\n\nsecond\r\n' >"$folder/box"
+: >"$folder/empty"
+tab=$'\t'
+
+check "list prints one line a message with decoded From, Date and Subject" 0 \
+" INDEX     POSITION       SIZE    LINES  FROM${tab}DATE${tab}SUBJECT
+     0            0        125        7  Jürgen <j@example.org>${tab}Mon, 5 Jan 2026 10:00:00 +0000${tab}grüße
+     1          125         23        4  ${tab}${tab}" "" list "$folder/box"
+
+check "list --separator-lines prints the line that introduces each message" 0 \
+" INDEX     POSITION       SIZE    LINES  SEPARATOR LINE
+     0            0        125        7  From ann today
+     1          125         23        4  From bob" "" list --separator-lines "$folder/box"
+
+check "list of an empty mailbox prints the heading only" 0 \
+" INDEX     POSITION       SIZE    LINES  FROM${tab}DATE${tab}SUBJECT" "" list "$folder/empty"
+
+check "a missing mailbox is a clear message" 1 "" \
+"vellobar: cannot open mailbox $folder/none: there is no such file" list "$folder/none"
+
+check "a folder is a clear message" 1 "" \
+"vellobar: cannot open mailbox $folder: it is a folder" list "$folder"
+
+check "show --headers prints the headers decoded" 0 \
+"From: Jürgen <j@example.org>
+Date: Mon, 5 Jan 2026 10:00:00 +0000
+Subject: grüße" "" show "$folder/box" 0 --headers
+
+check "show prints the text without control characters" 0 \
+"From: Jürgen <j@example.org>
+Date: Mon, 5 Jan 2026 10:00:00 +0000
+Subject: grüße
+
+first?[2J" "" show "$folder/box" 0
+
+check "an index outside the mailbox is a clear message" 1 "" \
+"vellobar: there is no message 2: $folder/box holds 2 messages, counted from 0" show "$folder/box" 2
+
+check "--version prints the component's version" 0 "vellobar 2.2.6.119" "" --version
+
+"$program" --help >"$folder/out" 2>&1 && grep -q 'list' "$folder/out" && grep -q 'show' "$folder/out" ||
+  { echo "FAILED --help names the verbs"; failures=$((failures + 1)); }
+"$program" >"$folder/out" 2>&1
+[ $? = 2 ] || { echo "FAILED wrong use exits with 2"; failures=$((failures + 1)); }
+"$program" list "$folder/box" --nonsense >"$folder/out" 2>&1
+[ $? = 2 ] || { echo "FAILED an unknown option exits with 2"; failures=$((failures + 1)); }
+
+if [ "$(id -u)" != 0 ]; then
+  chmod 0 "$folder/box"
+  check "an unreadable mailbox is a clear message" 1 "" \
+    "vellobar: cannot open mailbox $folder/box: permission denied" list "$folder/box"
+fi
+
+[ "$failures" = 0 ]
