@@ -165,20 +165,20 @@ TEST_F(MessagesCollection, remove_finds_the_very_message_and_the_second_time_non
 
 TEST_F(MessagesCollection, a_count_or_index_beyond_short_overflows_and_the_enumerator_walks_every_item) {
   std::string mailbox;
-  for (int i = 0; i < 32768; ++i) mailbox += "From x\n\n";
+  for (int i = 0; i < 32769; ++i) mailbox += "From x\n\n";
   MailboxClient client(mailbox);
   const auto messages = client.locked_messages();
   short number = 7;
   EXPECT_EQ(messages->get_Count(&number), DISP_E_OVERFLOW);
   const auto items = enumerator_of(messages.get());
-  EXPECT_EQ(items->Skip(32767), S_OK);
+  EXPECT_EQ(items->Skip(32768), S_OK);
   Value last;
   ASSERT_EQ(items->Next(1, last.receive(), nullptr), S_OK);
   const auto message = query<IvMessage>(V_DISPATCH(&last.get()));
   EXPECT_EQ(message->get_Index(&number), DISP_E_OVERFLOW);
   long start = 0;
   EXPECT_EQ(message->get_StartPosition(&start), S_OK);
-  EXPECT_EQ(start, 32767 * 8);
+  EXPECT_EQ(start, 32768 * 8);
   EXPECT_EQ(items->Next(1, last.receive(), nullptr), S_FALSE);
 }
 
