@@ -1,4 +1,5 @@
-' A late-bound host reads numbered errors through Err: number, description and source. Ends with 1 at the first wrong value.
+' A late-bound host reads numbered errors through Err: number (VBScript takes the facility of controls off), description and
+' source. Ends with 1 at the first wrong value.
 Option Explicit
 
 Dim folder
@@ -11,7 +12,7 @@ End Sub
 
 Sub ExpectError(what, number, description, source)
   Dim found
-  If Err.Number <> number Then Fail what & ", number", Hex(number), Hex(Err.Number)
+  If Err.Number <> number Then Fail what & ", number", number, Err.Number
   If Err.Description <> description Then Fail what & ", description", description, Err.Description
   If Err.Source <> source Then Fail what & ", source", source, Err.Source
   Err.Clear
@@ -22,20 +23,20 @@ Set mailbox = CreateObject("Quorvane.Vellobar.1")
 On Error Resume Next
 
 mailbox.Update
-ExpectError "update of an unlocked mailbox", &H800A753A, "Mailbox not locked", "Quorvane.Vellobar.1"
+ExpectError "update of an unlocked mailbox", 30010, "Mailbox not locked", "Quorvane.Vellobar.1"
 
 mailbox.Filename = folder & "\no such mailbox"
 mailbox.Lock
-ExpectError "lock of a missing file", &H800A7531, "Cannot open mailbox file", "Quorvane.Vellobar.1"
+ExpectError "lock of a missing file", 30001, "Cannot open mailbox file", "Quorvane.Vellobar.1"
 
 Set ignored = mailbox.Messages.Add(folder & "\no such message")
-ExpectError "add of a missing file", &H800A753B, "Cannot open file", "Quorvane.Messages.2"
+ExpectError "add of a missing file", 30011, "Cannot open file", "Quorvane.Messages.2"
 
 CreateObject("Quorvane.Message").Peek folder & "\no such message"
-ExpectError "peek at a missing file", &H800A7536, "Could not load headers for the message", "Quorvane.Message.2"
+ExpectError "peek at a missing file", 30006, "Could not load headers for the message", "Quorvane.Message.2"
 
 CreateObject("Quorvane.Message").Save folder & "\no such folder\file"
-ExpectError "save to a missing folder", &H800A7532, "Cannot open mailbox file for updating", "Quorvane.Message.2"
+ExpectError "save to a missing folder", 30002, "Cannot open mailbox file for updating", "Quorvane.Message.2"
 
 Set ignored = mailbox.Messages(0)
 If Err.Number = 0 Then Fail "item of an empty collection", "an error", "none"
