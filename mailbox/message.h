@@ -23,6 +23,10 @@ namespace vellobar {
 class CHeaders;
 class CMessages;
 
+namespace codecs {
+enum class AttachmentEncoding;
+}
+
 namespace platform {
 class File;
 class ByteSink;
@@ -143,6 +147,18 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// The delimiter line of the parts, as far as it is known.
   const std::u16string& PartsBoundary() const { return parts_boundary_; }
 
+  // ---- Decoded texts
+  // --------------------------------------------------------------------------------------------------
+
+  /// The decoded text of the first part that is plain text (the message itself may be it); the message's own Text when
+  /// there is none.
+  std::u16string PlainText();
+  /// The decoded text of the first part that is HTML; Status::fail when there is none.
+  std::u16string HTMLText();
+  /// The message's own text, decoded with the encoding that the caller names and read with the message's charset; empty
+  /// when there is no text. Errors 30012, 30004, and 30013 for an encoding without a decoder.
+  std::u16string DecodedText(codecs::AttachmentEncoding encoded_as);
+
   // ---- For the component's own use
   // -----------------------------------------------------------------------------------
 
@@ -157,6 +173,18 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// The Windows code page of the message's own charset name; 0 when it names none that counts.
   int code_page();
 
+  /// The message itself or the part below it that carries this content type, searched depth first; null when there is
+  /// none. The part is kept by its collection.
+  CMessage* find_part(std::u16string_view content_type);
+  /// The parts of a message that has a boundary or was given parts, else null. A text without a boundary is not read.
+  CMessages* parts_if_any();
+
+  /// Makes a message that is not multipart yet multipart/`subtype`, with a boundary of its own; nobody is told.
+  void make_multipart(std::u16string_view subtype);
+  /// Makes `text` the part of this content type ("text/plain", "text/html"), which is added when the message has none;
+  /// a message without one becomes multipart/alternative first.
+  void set_text_part(std::u16string_view content_type, std::u16string_view text);
+
   const OwnerLink& owner() const { return owner_; }
   CMessages* collection() const { return collection_; }
   /// Called by a collection when it ends.
@@ -167,8 +195,8 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
 
   /// Where a message is written: between delimiter lines it never gets a separator line.
   enum class Place { alone, part };
-  /// Writes the message: separator line, headers, empty line, body, parts. Throws std::system_error when the sink fails or the
-  /// message cannot be read whole.
+  /// Writes the message: separator line, headers, empty line, body, parts. Throws std::system_error when the sink fails
+  /// or the message cannot be read whole.
   void write(platform::ByteSink& sink, Place place);
   /// Drops what only writing has read.
   void drop_what_writing_read(bool had_headers, bool had_body);
@@ -189,10 +217,15 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   static constexpr std::size_t kBodyFile = 1;
 
   void load_body();
+  void split_parts(std::int64_t from);
+  void ensure_parts();
+  /// The text with its transfer encoding undone, in the charset that the other message names.
+  std::u16string transfer_decoded_text(CMessage& charset_source);
   void load_parts();
   void read_mail_info();
   void read_from_own_file(std::shared_ptr<platform::File> file, bool has_separator);
   void drop_content();
+  void drop_body();
   void drop_parts();
   void close_own_file();
   void delete_temporary_file(std::size_t slot);
@@ -221,7 +254,8 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   std::shared_ptr<CHeaders> headers_;
   std::int64_t body_offset_ = 0;
   std::optional<std::string> body_;
-  bool is_cut_short_ = false;  ///< the file gave less of the body than it should hold
+  bool is_cut_short_ = false;         ///< the file gave less of the body than it should hold
+  bool has_misplaced_parts_ = false;  ///< the parts do not lie where their positions say, or are not all there
   std::u16string parts_boundary_;
   std::shared_ptr<CMessages> parts_;
 };
