@@ -56,6 +56,7 @@ CMessage::CMessage(OwnerLink owner, CMessages* collection, std::shared_ptr<platf
       collection_(collection) {}
 
 CMessage::~CMessage() {
+  drop_attachments();
   drop_parts();
   file_.reset();
   delete_temporary_file(kTextFile);
@@ -145,6 +146,7 @@ void CMessage::drop_content() {
   is_cut_short_ = false;
   headers_.reset();
   parts_boundary_.clear();
+  drop_attachments();
   drop_parts();
 }
 
