@@ -133,7 +133,7 @@ void CAttachments::find_in_parts(CMessage& message) {
 }
 
 void CAttachments::find_in_text(CMessage& message) {
-  const std::string text = platform::narrow(platform::process_code_page(), message.PlainText());
+  const std::string text = platform::narrow(platform::process_code_page(), message.Text());
   attachments::UuBlocks blocks(text);
   while (std::optional<attachments::UuBlock> block = blocks.next()) {
     std::shared_ptr<platform::File> file;

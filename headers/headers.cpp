@@ -104,16 +104,17 @@ bool CHeaders::Exists(std::int64_t position) const { return position >= 0 && pos
 
 bool CHeaders::Exists(std::u16string_view name) const { return find(name) != npos; }
 
-std::size_t CHeaders::find(std::u16string_view name) const {
+std::size_t CHeaders::find(std::u16string_view name, std::size_t from) const {
   const WantedName wanted(name);
-  const auto found = std::find_if(items_.begin(), items_.end(), [&](const Entry& entry) {
+  const auto begin = items_.begin() + static_cast<std::ptrdiff_t>(std::min(from, items_.size()));
+  const auto found = std::find_if(begin, items_.end(), [&](const Entry& entry) {
     return entry.object ? wanted.matches(entry.object->Name()) : wanted.matches(stored_name(entry));
   });
   return found == items_.end() ? npos : static_cast<std::size_t>(found - items_.begin());
 }
 
-std::size_t CHeaders::find(std::string_view ascii_name) const {
-  return find(std::u16string(ascii_name.begin(), ascii_name.end()));
+std::size_t CHeaders::find(std::string_view ascii_name, std::size_t from) const {
+  return find(std::u16string(ascii_name.begin(), ascii_name.end()), from);
 }
 
 std::u16string CHeaders::ToString() const { return widen(to_bytes_in_process_code_page()); }

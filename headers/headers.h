@@ -59,10 +59,10 @@ class CHeaders {
   void continue_last(std::string_view line);
 
   static constexpr std::size_t npos = static_cast<std::size_t>(-1);
-  /// Position of the first header of this name, without regard to case; npos when there is none.
-  std::size_t find(std::u16string_view name) const;
+  /// Position of the first header of this name at or behind `from`, without regard to case; npos when there is none.
+  std::size_t find(std::u16string_view name, std::size_t from = 0) const;
   /// The same for a name of ASCII letters, digits and hyphens.
-  std::size_t find(std::string_view ascii_name) const;
+  std::size_t find(std::string_view ascii_name, std::size_t from = 0) const;
 
   /// The value at a position as bytes in the process code page.
   std::string narrow_value(std::size_t position) const;

@@ -1,6 +1,5 @@
 #include "mailbox/message.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "errors/error.h"
@@ -17,18 +16,6 @@ namespace {
 constexpr std::string_view kSeparator = "From ";
 
 std::u16string process_text(std::string_view bytes) { return platform::widen(platform::process_code_page(), bytes); }
-
-/// Lengthens `text`, read up to `position`, to the end of its last line, but not behind `limit`.
-void read_rest_of_line(platform::File& file, std::int64_t position, std::int64_t limit, std::string& text) {
-  char block[4096];
-  while (position < limit && !text.ends_with('\n')) {
-    const std::size_t wanted = static_cast<std::size_t>(std::min<std::int64_t>(sizeof block, limit - position));
-    const std::string_view got(block, file.read(position, block, wanted));
-    if (got.empty()) return;
-    text += got.substr(0, std::min(got.find('\n'), got.size() - 1) + 1);
-    position += static_cast<std::int64_t>(got.size());
-  }
-}
 
 }  // namespace
 
@@ -112,23 +99,6 @@ void CMessage::Load() {
   changed_ = false;
 }
 
-void CMessage::load_body() {
-  if (body_ || load_headers() == nullptr) return;
-  std::string body;
-  if (file_ && body_offset_ < end_) {
-    // What came to the file after it was opened belongs to no message.
-    const std::int64_t limit = file_->size();
-    const std::int64_t end = std::min(end_, limit);
-    body.resize(static_cast<std::size_t>(std::max<std::int64_t>(end - body_offset_, 0)));
-    const std::size_t got = file_->read(body_offset_, body.data(), body.size());
-    is_cut_short_ = got < body.size();
-    body.resize(got);
-    if (!body.empty()) read_rest_of_line(*file_, end, limit, body);
-  }
-  body_ = std::move(body);
-  changed_ = false;
-}
-
 void CMessage::Unload() {
   drop_content();
   body_offset_ = 0;
@@ -142,11 +112,15 @@ void CMessage::Unload() {
 }
 
 void CMessage::drop_content() {
+  drop_attachments();
+  drop_body();
+  headers_.reset();
+}
+
+void CMessage::drop_body() {
   body_.reset();
   is_cut_short_ = false;
-  headers_.reset();
-  parts_boundary_.clear();
-  drop_attachments();
+  has_misplaced_parts_ = false;
   drop_parts();
 }
 
@@ -156,10 +130,7 @@ void CMessage::drop_parts() {
 }
 
 void CMessage::drop_what_writing_read(bool had_headers, bool had_body) {
-  if (!had_body) {
-    body_.reset();
-    is_cut_short_ = false;
-  }
+  if (!had_body) drop_body();
   if (!had_headers) headers_.reset();
 }
 
@@ -197,12 +168,6 @@ std::u16string CMessage::Body() {
     text += parts_->separator() + u"\r\n" + parts_->Item(i)->Body();
   }
   return text + parts_->separator() + u"--\r\n";
-}
-
-std::shared_ptr<CMessages> CMessage::Parts() {
-  load_body();
-  if (!parts_) parts_ = std::make_shared<CMessages>(owner_, *this);
-  return parts_;
 }
 
 }  // namespace vellobar

@@ -179,8 +179,8 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
 
   /// Where a message is written: between delimiter lines it never gets a separator line.
   enum class Place { alone, part };
-  /// Writes the message: separator line, headers, empty line, body, parts. Throws std::system_error when the sink fails or the
-  /// message cannot be read whole.
+  /// Writes the message: separator line, headers, empty line, body, parts. Throws std::system_error when the sink fails
+  /// or the message cannot be read whole.
   void write(platform::ByteSink& sink, Place place);
   /// Drops what only writing has read.
   void drop_what_writing_read(bool had_headers, bool had_body);
@@ -204,10 +204,13 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   static constexpr std::size_t kAttachmentFile = 2;
 
   void load_body();
+  void split_parts(std::int64_t from);
+  void ensure_parts();
   void load_parts();
   void read_mail_info();
   void read_from_own_file(std::shared_ptr<platform::File> file, bool has_separator);
   void drop_content();
+  void drop_body();
   void drop_parts();
   void drop_attachments();
   void close_own_file();
@@ -237,7 +240,8 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   std::shared_ptr<CHeaders> headers_;
   std::int64_t body_offset_ = 0;
   std::optional<std::string> body_;
-  bool is_cut_short_ = false;  ///< the file gave less of the body than it should hold
+  bool is_cut_short_ = false;         ///< the file gave less of the body than it should hold
+  bool has_misplaced_parts_ = false;  ///< the parts do not lie where their positions say, or are not all there
   std::u16string parts_boundary_;
   std::shared_ptr<CMessages> parts_;
   std::shared_ptr<CAttachments> attachments_;

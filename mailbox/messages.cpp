@@ -126,15 +126,35 @@ void CMessages::remember_removed(const mailbox::Extent& extent) {
 }
 
 bool CMessages::scan(const std::shared_ptr<platform::File>& file, std::int64_t from, std::int64_t limit) {
+  file_ = file;
+  return scan_range(from, limit).whole;
+}
+
+mailbox::ScanResult CMessages::split(const std::shared_ptr<platform::File>& file, std::int64_t from, std::int64_t limit,
+                                     std::u16string_view delimiter) {
+  struct DropLast {
+    ~DropLast() {
+      if (!items.empty()) items.pop_back();
+    }
+    std::deque<Entry>& items;
+  };
+  file_ = file;
+  set_separator(delimiter);
+  // Deliberate: without a closing delimiter the last part is lost; see
+  // without_its_closing_delimiter_a_message_loses_its_last_part.
+  const DropLast also_when_memory_runs_out{items_};
+  return scan_range(from, limit);
+}
+
+mailbox::ScanResult CMessages::scan_range(std::int64_t from, std::int64_t limit) {
   struct Sink final : mailbox::ExtentSink {
     explicit Sink(std::deque<Entry>& entries) : items(entries) {}
     void found(const mailbox::Extent& extent) override { items.push_back({extent, nullptr}); }
     std::deque<Entry>& items;
   };
-  file_ = file;
   scanned_separator_ = process_bytes(separator_);
   Sink sink(items_);
-  return mailbox::scan(*file, from, limit, scanned_separator_, sink).whole;
+  return mailbox::scan(*file_, from, limit, scanned_separator_, sink);
 }
 
 void CMessages::write_mailbox(platform::ByteSink& sink) {

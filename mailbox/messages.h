@@ -12,6 +12,7 @@
 
 #include "mailbox/extent.h"
 #include "mailbox/owner.h"
+#include "mailbox/scanner.h"
 
 namespace vellobar {
 
@@ -60,6 +61,11 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   /// whether everything up to the limit was indexed. Error 8 when memory runs out: what was found stays.
   bool scan(const std::shared_ptr<platform::File>& file, std::int64_t from, std::int64_t limit);
 
+  /// The same for the parts of a message between the opening delimiter line and the message's end. The last one found,
+  /// which is what follows the closing delimiter when there is one, is never a part.
+  mailbox::ScanResult split(const std::shared_ptr<platform::File>& file, std::int64_t from, std::int64_t limit,
+                            std::u16string_view delimiter);
+
   /// A new message whose text is an open file of this size, appended without telling the control. A parts collection
   /// makes its parent multipart first when it is not.
   std::shared_ptr<CMessage> adopt(std::shared_ptr<platform::File> file, std::int64_t size);
@@ -88,6 +94,7 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   };
 
   const std::shared_ptr<CMessage>& object_at(std::size_t index);
+  mailbox::ScanResult scan_range(std::int64_t from, std::int64_t limit);
   void write_entry(Entry& entry, platform::ByteSink& sink);
   void append(std::shared_ptr<CMessage> message);
   void remember_removed(const mailbox::Extent& extent);

@@ -87,7 +87,7 @@ class Scan {
     while (!tally_.at_limit() && read_chunk()) {
     }
     tally_.finish();
-    return {tally_.position(), tally_.at_limit() && !read_failed_};
+    return {tally_.position(), tally_.at_limit() && !read_failed_, ran_ahead_};
   }
 
  private:
@@ -144,6 +144,7 @@ class Scan {
       keep(begin, held_ + got);
       return false;
     }
+    ran_ahead_ |= held_counted_;
     held_counted_ = false;
     const char* line = begin;
     if (held_ > static_cast<std::int64_t>(kept_)) {
@@ -188,6 +189,7 @@ class Scan {
   /// more. Deliberate; held by the test a_line_longer_than_a_chunk_is_counted_as_held_and_again_as_a_whole.
   void count_held_bytes() {
     tally_.add(held_, 1, matches({kept(), kept_}));
+    ran_ahead_ |= held_counted_;
     held_counted_ = true;
   }
 
@@ -224,6 +226,7 @@ class Scan {
   std::int64_t held_ = 0;
   std::size_t kept_ = 0;
   bool held_counted_ = false;
+  bool ran_ahead_ = false;
   bool read_failed_ = false;
 };
 

@@ -24,6 +24,8 @@ struct ScanResult {
   std::int64_t position = 0;
   /// The limit was reached and no read failed.
   bool whole = false;
+  /// A line was counted more than once, so that positions behind it are not those of the file.
+  bool ran_ahead = false;
 };
 
 /// What a test varies; the defaults are the rule.

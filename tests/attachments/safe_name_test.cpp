@@ -74,7 +74,7 @@ TEST(SafeName, names_that_only_resemble_devices_stay) {
 TEST(SafeName, what_the_code_page_cannot_hold_becomes_an_underscore) {
   EXPECT_EQ(safe_file_name(u"\u540D.txt"), u"_.txt");
   tests::CodePageGuard utf8(65001);
-  EXPECT_EQ(safe_file_name(u"\u540D\uD83D\uDE00.txt"), u"\u540D\uD83D\uDE00.txt");
+  EXPECT_EQ(safe_file_name(u"\u540D\U0001F600.txt"), u"\u540D\U0001F600.txt");
 }
 
 TEST(SafeName, a_character_whose_bytes_hold_a_separator_becomes_an_underscore) {

@@ -1,0 +1,53 @@
+// The part tree of a message: its text is read and split when somebody asks for it, and kept until it is dropped.
+#include <algorithm>
+#include <utility>
+
+#include "errors/error.h"
+#include "headers/headers.h"
+#include "mailbox/message.h"
+#include "mailbox/messages.h"
+#include "mime/body_text.h"
+#include "mime/boundary.h"
+#include "platform/code_page.h"
+#include "platform/file.h"
+
+namespace vellobar {
+
+void CMessage::load_body() {
+  if (body_) return;
+  parts_boundary_.clear();
+  if (load_headers() == nullptr) return;
+  const std::string delimiter = mime::delimiter_of(*headers_);
+  parts_boundary_ = platform::widen(platform::kThreadCodePage, delimiter);
+  mime::BodyText text;
+  // A body that would start behind the end is empty.
+  if (file_ && body_offset_ < end_) text = mime::read_body_text(*file_, body_offset_, end_, delimiter);
+  is_cut_short_ = text.is_cut_short;
+  if (text.parts_start) split_parts(*text.parts_start);
+  body_ = std::move(text.bytes);
+  changed_ = false;
+}
+
+void CMessage::split_parts(std::int64_t from) {
+  ensure_parts();
+  try {
+    const mailbox::ScanResult scanned = parts_->split(file_, from, end_, parts_boundary_);
+    has_misplaced_parts_ = scanned.ran_ahead;
+    if (!scanned.whole && scanned.position < std::min(end_, file_->size())) is_cut_short_ = true;
+  } catch (const Error&) {
+    // Out of memory: the parts found so far are there to be read, and the message is not written from them.
+    has_misplaced_parts_ = true;
+  }
+}
+
+void CMessage::ensure_parts() {
+  if (!parts_) parts_ = std::make_shared<CMessages>(owner_, *this);
+}
+
+std::shared_ptr<CMessages> CMessage::Parts() {
+  load_body();
+  ensure_parts();
+  return parts_;
+}
+
+}  // namespace vellobar
