@@ -72,6 +72,16 @@ struct Visit {
   }
 };
 
+/// The plain text as bytes; empty where the part that holds it cannot be read.
+std::string readable_text(CMessage& message) {
+  try {
+    return platform::narrow(platform::process_code_page(), message.PlainText());
+  } catch (const Error& error) {
+    if (error.status() != Status::numbered || error.number() != ErrorNumber::cannot_load_text) throw;
+    return {};
+  }
+}
+
 /// A temporary file with these bytes, open for reading; null when it cannot be written. Error 30012 when it cannot be
 /// read again. It stays on the disk.
 std::shared_ptr<platform::File> temporary_file_with(std::string_view bytes) {
@@ -133,7 +143,7 @@ void CAttachments::find_in_parts(CMessage& message) {
 }
 
 void CAttachments::find_in_text(CMessage& message) {
-  const std::string text = platform::narrow(platform::process_code_page(), message.Text());
+  const std::string text = readable_text(message);
   attachments::UuBlocks blocks(text);
   while (std::optional<attachments::UuBlock> block = blocks.next()) {
     std::shared_ptr<platform::File> file;

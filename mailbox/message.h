@@ -25,6 +25,10 @@ class CAttachments;
 class CHeaders;
 class CMessages;
 
+namespace codecs {
+enum class AttachmentEncoding;
+}
+
 namespace platform {
 class File;
 class ByteSink;
@@ -145,6 +149,18 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// The delimiter line of the parts, as far as it is known.
   const std::u16string& PartsBoundary() const { return parts_boundary_; }
 
+  // ---- Decoded texts
+  // --------------------------------------------------------------------------------------------------
+
+  /// The decoded text of the first part that is plain text (the message itself may be it); the message's own Text when
+  /// there is none.
+  std::u16string PlainText();
+  /// The decoded text of the first part that is HTML; Status::fail when there is none.
+  std::u16string HTMLText();
+  /// The message's own text, decoded with the encoding that the caller names and read with the message's charset; empty
+  /// when there is no text. Errors 30012, 30004, and 30013 for an encoding without a decoder.
+  std::u16string DecodedText(codecs::AttachmentEncoding encoded_as);
+
   // ---- Attachments
   // ---------------------------------------------------------------------------------------------------
 
@@ -168,6 +184,18 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// The file the text is read from, if any, and where the body begins in it once the headers were loaded.
   const std::shared_ptr<platform::File>& file() const { return file_; }
   std::int64_t body_offset() const { return body_offset_; }
+
+  /// The message itself or the part below it that carries this content type, searched depth first; null when there is
+  /// none. The part is kept by its collection.
+  CMessage* find_part(std::u16string_view content_type);
+  /// The parts of a message that has a boundary or was given parts, else null. A text without a boundary is not read.
+  CMessages* parts_if_any();
+
+  /// Makes a message that is not multipart yet multipart/`subtype`, with a boundary of its own; nobody is told.
+  void make_multipart(std::u16string_view subtype);
+  /// Makes `text` the part of this content type ("text/plain", "text/html"), which is added when the message has none;
+  /// a message without one becomes multipart/alternative first.
+  void set_text_part(std::u16string_view content_type, std::u16string_view text);
 
   const OwnerLink& owner() const { return owner_; }
   CMessages* collection() const { return collection_; }
@@ -206,6 +234,8 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   void load_body();
   void split_parts(std::int64_t from);
   void ensure_parts();
+  /// The text with its transfer encoding undone, in the charset that the other message names.
+  std::u16string transfer_decoded_text(CMessage& charset_source);
   void load_parts();
   void read_mail_info();
   void read_from_own_file(std::shared_ptr<platform::File> file, bool has_separator);

@@ -1,18 +1,15 @@
 // The ways to give a message another text: from a file (Peek), a new body (Text), or everything at once (Body). Each
 // ends with a message that reads from a file of its own.
 #include <algorithm>
-#include <cstdio>
-#include <system_error>
 #include <utility>
 
 #include "errors/error.h"
 #include "headers/headers.h"
 #include "mailbox/message.h"
 #include "mailbox/messages.h"
-#include "platform/clock.h"
+#include "mailbox/scratch_file.h"
 #include "platform/code_page.h"
 #include "platform/file.h"
-#include "platform/temporary_file.h"
 
 namespace vellobar {
 
@@ -25,34 +22,6 @@ std::string process_bytes(std::u16string_view text) { return platform::narrow(pl
 std::int64_t count_lines(std::string_view text) {
   const std::int64_t feeds = std::count(text.begin(), text.end(), '\n');
   return text.empty() || text.ends_with('\n') ? feeds : feeds + 1;
-}
-
-/// A temporary file that is deleted unless somebody keeps it.
-class TemporaryFile {
- public:
-  TemporaryFile() : path_(platform::temporary_file_name()) {}
-  ~TemporaryFile() {
-    if (!path_.empty()) platform::remove_file(path_);
-  }
-  TemporaryFile(const TemporaryFile&) = delete;
-  TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-  const std::string& path() const { return path_; }
-  std::string keep() { return std::exchange(path_, {}); }
-
- private:
-  std::string path_;
-};
-
-void write_temporary_file(const std::string& path, std::string_view bytes) {
-  try {
-    const std::unique_ptr<platform::OutputFile> output = platform::OutputFile::create(path);
-    if (!output) throw Error(ErrorNumber::cannot_write_temporary_file, Reporter::message);
-    output->write(bytes);
-    output->close();
-  } catch (const std::system_error&) {
-    throw Error(ErrorNumber::cannot_write_temporary_file, Reporter::message);
-  }
 }
 
 }  // namespace
@@ -95,7 +64,7 @@ void CMessage::SetText(std::u16string_view text) {
   body_ = std::move(body);
   is_cut_short_ = false;
   load_parts();
-  TemporaryFile file;
+  mailbox::ScratchFile file;
   write_to_file(file.path());
   std::shared_ptr<platform::File> opened = platform::File::open(file.path());
   if (!opened) throw Error(ErrorNumber::cannot_load_headers, Reporter::message);
@@ -106,8 +75,8 @@ void CMessage::SetText(std::u16string_view text) {
 
 void CMessage::SetBody(std::u16string_view body) {
   const std::string bytes = process_bytes(body);
-  TemporaryFile file;
-  write_temporary_file(file.path(), bytes);
+  mailbox::ScratchFile file;
+  file.write(bytes);
   std::shared_ptr<platform::File> opened = platform::File::open(file.path());
   if (!opened) throw Error(ErrorNumber::cannot_reopen_temporary_file, Reporter::message);
   read_mail_info();
@@ -123,23 +92,6 @@ void CMessage::SetBody(std::u16string_view body) {
   delete_temporary_file(kBodyFile);
   temporary_files_[kBodyFile] = file.keep();
   mark_changed(owner_);
-}
-
-void CMessage::become_multipart_for_added_part() {
-  load_body();
-  if (parts_boundary_.empty() && load_headers() != nullptr) {
-    char boundary[64];
-    std::snprintf(boundary, sizeof boundary, "----=_NextPart_%08X_%08X.%08X",
-                  static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(this)), platform::tick_count(),
-                  platform::thread_identifier());
-    const std::size_t content_type = headers_->find(std::string_view("content-type"));
-    if (content_type != CHeaders::npos) headers_->erase(content_type);
-    headers_->add_line(std::string("Content-Type: multipart/mixed; boundary=\"") + boundary + "\"");
-    parts_boundary_ = platform::widen(platform::kThreadCodePage, std::string("--") + boundary);
-  }
-  const std::shared_ptr<CMessages> parts = Parts();
-  // A boundary that no delimiter line ever followed: what is added comes between the first two.
-  if (!parts_boundary_.empty() && parts->separator() == u"From ") parts->set_separator(parts_boundary_);
 }
 
 }  // namespace vellobar

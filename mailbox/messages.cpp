@@ -104,6 +104,13 @@ std::shared_ptr<CMessage> CMessages::adopt(std::shared_ptr<platform::File> file,
   return message;
 }
 
+std::shared_ptr<CMessage> CMessages::append_empty() {
+  auto message = std::make_shared<CMessage>(owner_, this, nullptr, 0);
+  message->SetBody({});
+  append(message);
+  return message;
+}
+
 void CMessages::append(std::shared_ptr<CMessage> message) { items_.push_back({{}, std::move(message)}); }
 
 void CMessages::Remove(const CMessage& message) {

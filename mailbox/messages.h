@@ -70,6 +70,9 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   /// makes its parent multipart first when it is not.
   std::shared_ptr<CMessage> adopt(std::shared_ptr<platform::File> file, std::int64_t size);
 
+  /// A new part with an empty text of its own, appended without telling the control.
+  std::shared_ptr<CMessage> append_empty();
+
   /// Writes all messages, with delimiter lines around those of a parts collection. Messages that no client holds are
   /// read, written and dropped one at a time; the others stay in memory. Throws std::system_error when a message cannot
   /// be read whole or the sink fails.

@@ -44,6 +44,12 @@ void CMessage::ensure_parts() {
   if (!parts_) parts_ = std::make_shared<CMessages>(owner_, *this);
 }
 
+CMessages* CMessage::parts_if_any() {
+  if (!body_ && (load_headers() == nullptr || mime::delimiter_of(*headers_).empty())) return nullptr;
+  load_body();
+  return parts_.get();
+}
+
 std::shared_ptr<CMessages> CMessage::Parts() {
   load_body();
   ensure_parts();

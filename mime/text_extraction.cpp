@@ -1,0 +1,169 @@
+// The texts of a message: which part of the tree holds the plain text or the HTML, and how its transfer encoding is
+// undone.
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <vector>
+
+#include "codecs/attachment_encoding.h"
+#include "codecs/base64.h"
+#include "codecs/quoted_printable.h"
+#include "errors/error.h"
+#include "headers/headers.h"
+#include "mailbox/message.h"
+#include "mailbox/messages.h"
+#include "mailbox/scratch_file.h"
+#include "platform/ascii.h"
+#include "platform/code_page.h"
+#include "platform/file.h"
+
+namespace vellobar {
+
+namespace {
+
+std::u16string lower(std::u16string text) {
+  std::transform(text.begin(), text.end(), text.begin(), platform::lower_ascii<char16_t>);
+  return text;
+}
+
+bool contains(std::u16string_view text, std::u16string_view wanted) {
+  return text.find(wanted) != std::u16string_view::npos;
+}
+
+CMessage* first_part(CMessages* parts, auto&& is_wanted) {
+  for (std::int64_t i = 0; parts != nullptr && i < parts->Count(); ++i) {
+    const std::shared_ptr<CMessage> part = parts->Item(i);
+    if (is_wanted(*part)) return part.get();
+  }
+  return nullptr;
+}
+
+/// The text between its conversions: as bytes in the process code page.
+std::string narrow_text(const std::string& body, std::u16string_view text) {
+  const int code_page = platform::process_code_page();
+  if (platform::is_ascii(body) && platform::keeps_ascii(code_page)) return body;
+  return platform::narrow(code_page, text);
+}
+
+using BufferDecoder = std::string (*)(std::string_view);
+
+struct TextEncoding {
+  std::u16string_view name;
+  BufferDecoder decode;
+};
+
+std::string decode_quoted_printable_text(std::string_view text) { return codecs::decode_quoted_printable(text); }
+
+constexpr TextEncoding kTextEncodings[] = {
+    {u"quoted-printable", decode_quoted_printable_text},
+    {u"base64", codecs::decode_base64},
+};
+
+/// `length` is how much of the coded text a decoder takes.
+std::string decode_transfer(std::u16string_view lower_name, std::string coded, std::size_t length) {
+  for (const TextEncoding& encoding : kTextEncodings) {
+    if (encoding.name == lower_name) return encoding.decode(std::string_view(coded).substr(0, length));
+  }
+  return coded;
+}
+
+std::string read_whole(const std::string& path) {
+  const std::shared_ptr<platform::File> file = platform::File::open(path);
+  if (!file) throw Error(ErrorNumber::cannot_reopen_temporary_file, Reporter::message);
+  std::string bytes(static_cast<std::size_t>(file->size()), '\0');
+  bytes.resize(file->read(0, bytes.data(), bytes.size()));
+  return bytes;
+}
+
+void decode_into(const std::string& path, codecs::AttachmentEncoding encoding, platform::File& coded) {
+  try {
+    const std::unique_ptr<platform::OutputFile> output = platform::OutputFile::create(path);
+    if (!output) throw Error(ErrorNumber::cannot_write_temporary_file, Reporter::message);
+    if (!codecs::decode_stream(encoding, coded, 0, coded.size(), *output)) {
+      throw Error(ErrorNumber::unsupported_encoding, Reporter::message);
+    }
+    output->close();
+  } catch (const std::system_error&) {
+    throw Error(ErrorNumber::cannot_write_temporary_file, Reporter::message);
+  }
+}
+
+}  // namespace
+
+CMessage* CMessage::find_part(std::u16string_view content_type) {
+  struct Level {
+    CMessages* parts;
+    std::int64_t next;
+  };
+  // A part without a boundary has no parts, and is not read to learn it.
+  const auto is_wanted = [&](CMessage& part) { return contains(part.ContentType(), content_type); };
+  const auto is_alternative = [](CMessage& part) {
+    return contains(lower(part.ContentType()), u"multipart/alternative");
+  };
+  std::vector<Level> levels;
+  for (CMessage* message = this; message != nullptr;) {
+    const std::u16string type = lower(message->ContentType());
+    CMessages* parts = message->parts_if_any();
+    if (contains(type, u"multipart/mixed") || contains(type, u"multipart/related")) {
+      // Deliberate: nothing but that part is searched; see
+      // without_a_plain_text_in_the_alternative_part_the_one_beside_it_is_not_used.
+      CMessage* const alternative = first_part(parts, is_alternative);
+      if (alternative != nullptr) {
+        message = alternative;
+        continue;
+      }
+    }
+    if (contains(type, content_type)) return message;
+    if (CMessage* const part = first_part(parts, is_wanted)) return part;
+    if (parts != nullptr) levels.push_back({parts, 0});
+    while (!levels.empty() && levels.back().next == levels.back().parts->Count()) levels.pop_back();
+    message = levels.empty() ? nullptr : levels.back().parts->Item(levels.back().next++).get();
+  }
+  return nullptr;
+}
+
+std::u16string CMessage::PlainText() {
+  CMessage* const part = find_part(u"text/plain");
+  return part != nullptr ? part->transfer_decoded_text(*this) : Text();
+}
+
+std::u16string CMessage::HTMLText() {
+  CMessage* const part = find_part(u"text/html");
+  if (part == nullptr) throw Error(Status::fail);
+  return part->transfer_decoded_text(*this);
+}
+
+std::u16string CMessage::transfer_decoded_text(CMessage& charset_source) {
+  std::u16string text = Text();
+  const std::u16string encoding = lower(ContentTransferEncoding());
+  if (encoding.empty()) return text;
+  // The length that counts is that of the wide text; deliberate, see
+  // a_decoder_takes_as_many_bytes_as_the_wide_text_has_characters.
+  const std::string decoded = decode_transfer(encoding, narrow_text(*body_, text), text.size());
+  std::u16string result =
+      platform::widen(charset_source.code_page(), std::string_view(decoded).substr(0, decoded.find('\0')));
+  if (result.empty()) return text;
+  // Deliberate: the last character goes; see the_last_character_of_a_decoded_text_is_dropped.
+  result.pop_back();
+  return result;
+}
+
+std::u16string CMessage::DecodedText(codecs::AttachmentEncoding encoded_as) {
+  Load();
+  if (body_->empty()) return {};
+  mailbox::ScratchFile coded;
+  coded.write(*body_);
+  const std::shared_ptr<platform::File> opened = platform::File::open(coded.path());
+  if (!opened) {
+    // Deliberate: the file is left; whoever keeps it from being read may still want it.
+    coded.keep();
+    throw Error(ErrorNumber::cannot_reopen_temporary_file, Reporter::message);
+  }
+  const mailbox::ScratchFile decoded(1);
+  decode_into(decoded.path(), encoded_as, *opened);
+  opened->close();
+  return platform::widen(code_page(), read_whole(decoded.path()));
+}
+
+}  // namespace vellobar
