@@ -1,35 +1,18 @@
 #include "automation/class_factory.h"
 
-#include <atomic>
-
 #include "automation/class_table.h"
 #include "automation/com_ptr.h"
 #include "automation/guard.h"
 #include "automation/module.h"
+#include "automation/unknown.h"
 
 namespace vellobar::automation {
 
 namespace {
 
-class ClassFactory final : public IClassFactory {
+class ClassFactory final : public Unknown<IClassFactory> {
  public:
   explicit ClassFactory(const ClassEntry& entry) : entry_(entry) {}
-  virtual ~ClassFactory() = default;
-
-  STDMETHODIMP QueryInterface(REFIID interface_id, void** to) override {
-    if (to == nullptr) return E_POINTER;
-    *to = nullptr;
-    if (interface_id != IID_IUnknown && interface_id != IID_IClassFactory) return E_NOINTERFACE;
-    *to = static_cast<IClassFactory*>(this);
-    AddRef();
-    return S_OK;
-  }
-  STDMETHODIMP_(ULONG) AddRef() override { return ++references_; }
-  STDMETHODIMP_(ULONG) Release() override {
-    const ULONG left = --references_;
-    if (left == 0) delete this;
-    return left;
-  }
 
   STDMETHODIMP CreateInstance(IUnknown* outer, REFIID interface_id, void** to) override {
     if (to == nullptr) return E_POINTER;
@@ -46,8 +29,6 @@ class ClassFactory final : public IClassFactory {
 
  private:
   const ClassEntry& entry_;
-  std::atomic<ULONG> references_{1};
-  ModuleReference module_;
 };
 
 }  // namespace

@@ -5,7 +5,6 @@
 
 #include <ole2.h>
 
-#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <utility>
@@ -13,33 +12,17 @@
 
 #include "automation/com_ptr.h"
 #include "automation/guard.h"
-#include "automation/module.h"
 #include "automation/objects.h"
+#include "automation/unknown.h"
 
 namespace vellobar::automation {
 
 template <class Core>
-class Enumerator final : public IEnumVARIANT {
+class Enumerator final : public Unknown<IEnumVARIANT> {
  public:
   using Items = std::shared_ptr<const std::vector<std::shared_ptr<Core>>>;
 
   explicit Enumerator(Items items, std::size_t next = 0) : items_(std::move(items)), next_(next) {}
-  virtual ~Enumerator() = default;
-
-  STDMETHODIMP QueryInterface(REFIID interface_id, void** to) override {
-    if (to == nullptr) return E_POINTER;
-    *to = nullptr;
-    if (interface_id != IID_IUnknown && interface_id != IID_IEnumVARIANT) return E_NOINTERFACE;
-    *to = static_cast<IEnumVARIANT*>(this);
-    AddRef();
-    return S_OK;
-  }
-  STDMETHODIMP_(ULONG) AddRef() override { return ++references_; }
-  STDMETHODIMP_(ULONG) Release() override {
-    const ULONG left = --references_;
-    if (left == 0) delete this;
-    return left;
-  }
 
   STDMETHODIMP Next(ULONG wanted, VARIANT* to, ULONG* fetched) override {
     if (fetched != nullptr) *fetched = 0;
@@ -79,8 +62,6 @@ class Enumerator final : public IEnumVARIANT {
 
   Items items_;
   std::size_t next_;
-  std::atomic<ULONG> references_{1};
-  ModuleReference module_;
 };
 
 /// `_NewEnum` of a collection. Without a place for the result nothing is done, and that succeeds.

@@ -21,7 +21,7 @@ struct ReporterEntry {
 };
 
 // The messages collection reports under the GUID of the attachment class; deliberate, held by the test
-// `ErrorInformation.a_messages_collection_reports_under_the_guid_of_the_attachment_class`.
+// `ErrorInformationTest.a_messages_collection_reports_under_the_guid_of_the_attachment_class`.
 const ReporterEntry kReporters[] = {
     {Reporter::vellobar, CLSID_Vellobar, CLSID_Vellobar},
     {Reporter::message, CLSID_Message, CLSID_Message},

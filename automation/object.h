@@ -1,16 +1,13 @@
-// What every automation object has in common: counted references, IDispatch answered from the type library (so that a
-// call by identifier and a call through the table of methods reach the same code), and error information for its own
-// interface. An object counts for the module as long as it lives.
+// What every automation object has in common: IDispatch answered from the type library, so that a call by identifier and
+// a call through the table of methods reach the same code, and error information for its own interface.
 #pragma once
 
 #include <ole2.h>
 
-#include <atomic>
-
 #include "automation/guard.h"
 #include "automation/hand_out.h"
-#include "automation/module.h"
 #include "automation/type_library.h"
+#include "automation/unknown.h"
 #include "automation/variant.h"
 
 namespace vellobar::automation {
@@ -39,30 +36,11 @@ HRESULT perform(To* to, Work&& work) noexcept {
 HRESULT check_arguments(const DISPPARAMS* arguments) noexcept;
 
 template <class Interface>
-class Object : public Interface, public ISupportErrorInfo {
+class Object : public Unknown<Interface, ISupportErrorInfo> {
  public:
-  Object() = default;
-  Object(const Object&) = delete;
-  Object& operator=(const Object&) = delete;
-
   STDMETHODIMP QueryInterface(REFIID interface_id, void** to) override {
-    if (to == nullptr) return E_POINTER;
-    *to = nullptr;
-    if (interface_id == IID_ISupportErrorInfo) {
-      *to = static_cast<ISupportErrorInfo*>(this);
-    } else if (interface_id == IID_IUnknown || interface_id == IID_IDispatch || interface_id == __uuidof(Interface)) {
-      *to = static_cast<Interface*>(this);
-    } else {
-      return E_NOINTERFACE;
-    }
-    AddRef();
-    return S_OK;
-  }
-  STDMETHODIMP_(ULONG) AddRef() override { return ++references_; }
-  STDMETHODIMP_(ULONG) Release() override {
-    const ULONG left = --references_;
-    if (left == 0) delete this;
-    return left;
+    const bool by_dispatch = interface_id == IID_IDispatch;
+    return Unknown<Interface, ISupportErrorInfo>::QueryInterface(by_dispatch ? __uuidof(Interface) : interface_id, to);
   }
 
   STDMETHODIMP GetTypeInfoCount(UINT* count) override {
@@ -99,22 +77,6 @@ class Object : public Interface, public ISupportErrorInfo {
   STDMETHODIMP InterfaceSupportsErrorInfo(REFIID interface_id) override {
     return interface_id == __uuidof(Interface) ? S_OK : S_FALSE;
   }
-
- protected:
-  virtual ~Object() = default;
-
-  /// Adds a reference unless the last one is gone already.
-  bool add_reference_while_alive() {
-    ULONG held = references_;
-    while (held != 0) {
-      if (references_.compare_exchange_weak(held, held + 1)) return true;
-    }
-    return false;
-  }
-
- private:
-  std::atomic<ULONG> references_{1};
-  ModuleReference module_;
 };
 
 }  // namespace vellobar::automation

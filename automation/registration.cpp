@@ -82,7 +82,10 @@ HRESULT unregister_type_library() {
   const TLIBATTR id = *attributes;
   library->ReleaseTLibAttr(attributes);
   const HRESULT result = UnRegisterTypeLib(id.guid, id.wMajorVerNum, id.wMinorVerNum, id.lcid, id.syskind);
-  return result == TYPE_E_REGISTRYACCESS ? S_OK : result;
+  // Systems differ in how they say that there was nothing to unregister; the arguments are the library's own.
+  const bool was_not_there =
+      result == TYPE_E_LIBNOTREGISTERED || result == TYPE_E_REGISTRYACCESS || result == E_INVALIDARG;
+  return was_not_there ? S_OK : result;
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "codecs/hex_digits.h"
+#include "codecs/kernel_steps.h"
 #include "codecs/sextets.h"
 
 // Everything above is compiled for the plain processor: an inline function of a header must not leave this file with
@@ -209,12 +210,6 @@ Values look_up(__m256i letters) {
 
 bool any(__m256i bytes) { return _mm256_testz_si256(bytes, bytes) == 0; }
 
-/// Length of the line end that stands here: CR LF, LF, or none.
-std::size_t line_end_size(const unsigned char* at) {
-  if (at[0] == '\n') return 1;
-  return at[0] == '\r' && at[1] == '\n' ? 2 : 0;
-}
-
 /// Decodes full lines of letters alone, as the stream encoder makes them.
 template <typename Code>
 void decode_lines(const unsigned char* from, std::size_t size, unsigned char* to, Progress& done) {
@@ -258,25 +253,8 @@ bool decode_run(const unsigned char* from, std::size_t size, unsigned char* to, 
   return false;
 }
 
-/// What the plain form does with the rest.
-Progress finish(Progress done, Progress (*plain)(const unsigned char*, std::size_t, unsigned char*),
-                const unsigned char* from, std::size_t size, unsigned char* to) {
-  const Progress rest = plain(from + done.read, size - done.read, to + done.written);
-  return {done.read + rest.read, done.written + rest.written};
-}
-
 template <typename Code, const SextetKernels Kernels::*kPlain>
-Progress decode(const unsigned char* from, std::size_t size, unsigned char* to) {
-  Progress done;
-  for (;;) {
-    decode_lines<Code>(from, size, to, done);
-    if (!decode_run<Code>(from, size, to, done)) break;
-    const std::size_t line_end = line_end_size(from + done.read);
-    if (line_end == 0) return done;
-    done.read += line_end;
-  }
-  return finish(done, (kScalarKernels.*kPlain).decode, from, size, to);
-}
+constexpr auto decode = decode_lines_and_runs<decode_lines<Code>, decode_run<Code>, kPlain>;
 
 Progress decode_uu(const unsigned char* from, std::size_t size, unsigned char* to) {
   Progress done;
@@ -285,7 +263,7 @@ Progress decode_uu(const unsigned char* from, std::size_t size, unsigned char* t
     done.read += kLettersAStep;
     done.written += kBytesAStep;
   }
-  return finish(done, kScalarKernels.uuencode.decode, from, size, to);
+  return go_on(done, kScalarKernels.uuencode.decode, from, size, to);
 }
 
 Progress decode_uu_lines(const unsigned char* from, std::size_t size, unsigned char* to) {
@@ -304,7 +282,7 @@ Progress decode_uu_lines(const unsigned char* from, std::size_t size, unsigned c
     done.read += 1 + kLetters + line_end;
     done.written += kUuLineBytes;
   }
-  return finish(done, kScalarKernels.decode_uu_lines, from, size, to);
+  return go_on(done, kScalarKernels.decode_uu_lines, from, size, to);
 }
 
 /// Where the characters of eight bytes come from when those in a mask are escaped. Entries 0 to 7 name a byte or the
@@ -413,7 +391,7 @@ Progress decode_quoted_printable(const unsigned char* from, std::size_t size, un
     }
     done.read += taken;
   }
-  return finish(done, kScalarKernels.decode_quoted_printable, from, size, to);
+  return go_on(done, kScalarKernels.decode_quoted_printable, from, size, to);
 }
 
 const Kernels kAvx2Kernels = {

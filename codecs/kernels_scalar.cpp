@@ -98,18 +98,23 @@ Progress encode_quoted_printable(const unsigned char* from, std::size_t size, st
   return done;
 }
 
+/// Characters before the next "=".
+std::size_t plain_size(const unsigned char* from, std::size_t size) {
+  const void* sign = size > 0 ? std::memchr(from, '=', size) : nullptr;
+  return sign == nullptr ? size : static_cast<std::size_t>(static_cast<const unsigned char*>(sign) - from);
+}
+
 Progress decode_quoted_printable(const unsigned char* from, std::size_t size, unsigned char* to) {
   Progress done;
   while (done.read < size) {
-    const unsigned char byte = from[done.read];
-    if (byte != '=') {
-      to[done.written++] = byte;
-      ++done.read;
-      continue;
+    if (from[done.read] != '=') {
+      const std::size_t plain = plain_size(from + done.read, size - done.read);
+      std::memcpy(to + done.written, from + done.read, plain);
+      done.read += plain;
+      done.written += plain;
     }
     if (size - done.read < 3) break;
-    const unsigned char first = from[done.read + 1], second = from[done.read + 2];
-    const unsigned value = kHexPairs.high[first] | kHexPairs.low[second];
+    const unsigned value = kHexPairs.high[from[done.read + 1]] | kHexPairs.low[from[done.read + 2]];
     if (value > 255 && value != kSoftBreak) break;
     to[done.written] = static_cast<unsigned char>(value);
     done.written += value <= 255 ? 1 : 0;

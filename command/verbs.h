@@ -7,6 +7,7 @@ class App;
 
 namespace vellobar::command {
 
+void add_coding(CLI::App& program);
 void add_list(CLI::App& program);
 void add_show(CLI::App& program);
 

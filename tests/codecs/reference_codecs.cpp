@@ -1,7 +1,6 @@
 #include "tests/codecs/reference_codecs.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <vector>
 
@@ -167,10 +166,9 @@ std::string encode_quoted_printable(std::string_view bytes, std::size_t limit) {
   std::size_t pending = 0;
   char previous = 0;
   for (const char byte : bytes) {
-    char escape[8];
-    std::snprintf(escape, sizeof escape, "=%2X", static_cast<unsigned>(static_cast<unsigned char>(byte)));
-    const bool is_plain = static_cast<unsigned char>(byte) < 128 && byte != '=';
-    const std::string written = is_plain ? std::string(1, byte) : std::string(escape);
+    const unsigned value = static_cast<unsigned char>(byte);
+    std::string written(1, byte);
+    if (value > 127 || byte == '=') written = {'=', "0123456789ABCDEF"[value / 16], "0123456789ABCDEF"[value % 16]};
     bool line_ended = previous == '\r' && byte == '\n';
     if (pending < limit || byte == '\r' || line_ended) {
       text += written;

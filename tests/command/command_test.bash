@@ -65,6 +65,28 @@ check "an index outside the mailbox is a clear message" 1 "" \
 
 check "--version prints the component's version" 0 "vellobar 2.2.6.119" "" --version
 
+# Coding: what one verb writes the other reads back, and the forms are those that everybody else writes.
+head -c 100000 /dev/urandom >"$folder/raw"
+for encoding in base64 qp uu binhex; do
+  "$program" encode --$encoding "$folder/raw" "$folder/coded" && "$program" decode --$encoding "$folder/coded" "$folder/back"
+  # UUencode and BinHex round a last group up: the result begins with the input and ends with at most two zero bytes.
+  if cmp -s -n 100000 "$folder/raw" "$folder/back" && [ "$(stat -c %s "$folder/back")" -le 100002 ]; then
+    echo "ok encode and decode --$encoding give the file back"
+  else
+    echo "FAILED encode and decode --$encoding give the file back"
+    failures=$((failures + 1))
+  fi
+done
+"$program" encode --base64 "$folder/raw" "$folder/coded"
+base64 -w 76 "$folder/raw" | sed 's/$/\r/' | cmp -s - "$folder/coded" || { echo "FAILED base64 lines"; failures=$((failures + 1)); }
+check "a missing input is a clear message" 1 "" "vellobar: cannot read $folder/none: there is no such file" \
+  encode --uu "$folder/none" "$folder/coded"
+check "the same file as input and output is refused" 1 "" "vellobar: $folder/raw is both the input and the output" \
+  decode --base64 "$folder/raw" "$folder/raw"
+[ "$(stat -c %s "$folder/raw")" = 100000 ] || { echo "FAILED the refused file is whole"; failures=$((failures + 1)); }
+"$program" encode "$folder/raw" "$folder/coded" >"$folder/out" 2>&1
+[ $? = 2 ] || { echo "FAILED an encoding must be named"; failures=$((failures + 1)); }
+
 "$program" --help >"$folder/out" 2>&1 && grep -q 'list' "$folder/out" && grep -q 'show' "$folder/out" ||
   { echo "FAILED --help names the verbs"; failures=$((failures + 1)); }
 "$program" >"$folder/out" 2>&1
