@@ -43,6 +43,7 @@ CMessage::CMessage(OwnerLink owner, CMessages* collection, std::shared_ptr<platf
       collection_(collection) {}
 
 CMessage::~CMessage() {
+  drop_attachments();
   drop_parts();
   file_.reset();
   delete_temporary_file(kTextFile);
@@ -111,6 +112,7 @@ void CMessage::Unload() {
 }
 
 void CMessage::drop_content() {
+  drop_attachments();
   drop_body();
   headers_.reset();
 }

@@ -1,7 +1,7 @@
 // A message of a mailbox, a part of a message, or a message that stands alone: one record for all three. The record
 // knows where its text lies in an open file; headers and body are read when somebody asks for them. Its sections are
 // implemented in the folders that own their rules: text storage in mailbox/, named headers, dates and addresses in
-// headers/.
+// headers/, attachments in attachments/.
 //
 // A message shares the file it reads from; when that file is closed it reads as empty. `collection` and the owner are
 // ways back that the other side clears.
@@ -14,12 +14,14 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "mailbox/extent.h"
 #include "mailbox/owner.h"
 
 namespace vellobar {
 
+class CAttachments;
 class CHeaders;
 class CMessages;
 
@@ -159,6 +161,12 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// when there is no text. Errors 30012, 30004, and 30013 for an encoding without a decoder.
   std::u16string DecodedText(codecs::AttachmentEncoding encoded_as);
 
+  // ---- Attachments
+  // ---------------------------------------------------------------------------------------------------
+
+  /// The collection of attachments. Error 30005 when the message cannot be loaded.
+  std::shared_ptr<CAttachments> Attachments();
+
   // ---- For the component's own use
   // -----------------------------------------------------------------------------------
 
@@ -172,6 +180,10 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   void set_header_value(std::string_view name, std::u16string_view value);
   /// The Windows code page of the message's own charset name; 0 when it names none that counts.
   int code_page();
+
+  /// The file the text is read from, if any, and where the body begins in it once the headers were loaded.
+  const std::shared_ptr<platform::File>& file() const { return file_; }
+  std::int64_t body_offset() const { return body_offset_; }
 
   /// The message itself or the part below it that carries this content type, searched depth first; null when there is
   /// none. The part is kept by its collection.
@@ -210,11 +222,14 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   void become_multipart_for_added_part();
   /// Stores MailInfo without telling anybody; what is loaded later does not replace it.
   void store_mail_info(std::u16string_view mail_info);
+  /// Notes the temporary file that an added attachment reads from; only Unload deletes it.
+  void keep_attachment_file(std::string path) { temporary_files_[kAttachmentFile] = std::move(path); }
 
  private:
   /// Slots of `temporary_files_`.
   static constexpr std::size_t kTextFile = 0;
   static constexpr std::size_t kBodyFile = 1;
+  static constexpr std::size_t kAttachmentFile = 2;
 
   void load_body();
   void split_parts(std::int64_t from);
@@ -227,6 +242,7 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   void drop_content();
   void drop_body();
   void drop_parts();
+  void drop_attachments();
   void close_own_file();
   void delete_temporary_file(std::size_t slot);
   void write_to_file(const std::string& path);
@@ -258,6 +274,7 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   bool has_misplaced_parts_ = false;  ///< the parts do not lie where their positions say, or are not all there
   std::u16string parts_boundary_;
   std::shared_ptr<CMessages> parts_;
+  std::shared_ptr<CAttachments> attachments_;
 };
 
 }  // namespace vellobar
