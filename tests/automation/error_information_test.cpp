@@ -1,6 +1,8 @@
 // Numbered errors as a client reads them, and that nothing is left on the thread otherwise.
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "tests/automation/mailbox_client.h"
 
 namespace vellobar::tests {
@@ -93,13 +95,7 @@ TEST_F(ErrorInformationTest, is_never_seen_from_another_thread) {
   const auto control = make<IVellobar>(CLSID_Vellobar);
   ASSERT_EQ(control->Update(), numbered(30010));
   bool seen = true;
-  const auto look = [](void* result) -> DWORD {
-    *static_cast<bool*>(result) = take_error_information().present;
-    return 0;
-  };
-  const HANDLE thread = CreateThread(nullptr, 0, look, &seen, 0, nullptr);
-  ASSERT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
-  CloseHandle(thread);
+  std::thread([&] { seen = take_error_information().present; }).join();
   EXPECT_FALSE(seen);
   EXPECT_TRUE(take_error_information().present);
 }
