@@ -18,13 +18,6 @@ namespace {
 
 std::string process_bytes(std::u16string_view text) { return platform::narrow(platform::process_code_page(), text); }
 
-/// What follows the last backslash. A slash is no separator here, deliberately: see
-/// add_takes_the_name_behind_the_last_backslash_and_else_unknown.
-std::u16string_view attachment_name(std::u16string_view filename) {
-  const std::size_t backslash = filename.rfind(u'\\');
-  return backslash == filename.npos ? u"unknown" : filename.substr(backslash + 1);
-}
-
 std::shared_ptr<platform::File> open_to_attach(std::u16string_view filename) {
   const std::string path = process_bytes(filename);
   if (path.empty()) throw Error(ErrorNumber::filename_not_given, Reporter::vellobar);
@@ -51,20 +44,26 @@ std::string write_part(platform::File& file, std::string_view name, int encoding
 
 }  // namespace
 
+std::u16string_view CAttachments::name_for(std::u16string_view filename) {
+  const std::size_t backslash = filename.rfind(u'\\');
+  // A slash is no separator here, deliberately: see add_takes_the_name_behind_the_last_backslash_and_else_unknown.
+  return backslash == filename.npos ? u"unknown" : filename.substr(backslash + 1);
+}
+
 std::shared_ptr<CMessage> CAttachments::Add(std::u16string_view filename, std::optional<int> encoding) {
   constexpr int kDefault = static_cast<int>(codecs::AttachmentEncoding::base64);
   try {
-    return add_reporting_numbers(filename, encoding.value_or(kDefault));
+    return add_as(name_for(filename), filename, encoding.value_or(kDefault));
   } catch (const Error& error) {
     if (has_control() || error.status() != Status::numbered) throw;
     throw Error(Status::fail);
   }
 }
 
-std::shared_ptr<CMessage> CAttachments::add_reporting_numbers(std::u16string_view filename, int encoding) {
+std::shared_ptr<CMessage> CAttachments::add_as(std::u16string_view name, std::u16string_view filename, int encoding) {
   if (message_ == nullptr) throw Error(Status::fail);
   const std::shared_ptr<platform::File> file = open_to_attach(filename);
-  std::string path = write_part(*file, process_bytes(attachment_name(filename)), encoding);
+  std::string path = write_part(*file, process_bytes(name), encoding);
   if (file->failed()) {
     platform::remove_file(path);
     throw Error(ErrorNumber::cannot_open_file, Reporter::vellobar);

@@ -48,7 +48,9 @@ std::int64_t CAttachment::Size() const {
   return is_coded_in_sextets(encoding_) ? coded / 4 * 3 : coded;
 }
 
-void CAttachment::Save() { save_to(name_given_ ? name_ : attachments::safe_file_name(name_)); }
+void CAttachment::Save() {
+  save_to(name_given_ ? name_ : attachments::safe_file_name(name_, platform::process_code_page()));
+}
 
 void CAttachment::Save(std::u16string_view filename) { save_to(filename); }
 

@@ -61,10 +61,12 @@ class CAttachment {
   /// For the component's own use: what discovery read in the mail.
   void describe(std::u16string name, std::u16string type);
   const CodedRange& range() const { return range_; }
+  /// Decodes into a sink; nothing when there is no source or the encoding is unknown. Throws std::system_error when the
+  /// source cannot be read, and what the sink throws.
+  void decode_to(platform::ByteSink& sink) const;
 
  private:
   void save_to(std::u16string_view filename);
-  void decode_to(platform::ByteSink& sink) const;
   bool is_source_or_mailbox(const std::string& path) const;
 
   OwnerLink owner_;

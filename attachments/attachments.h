@@ -44,8 +44,10 @@ class CAttachments {
 
   // For the component's own use.
 
-  /// Add whose errors keep their numbers also without a control.
-  std::shared_ptr<CMessage> add_reporting_numbers(std::u16string_view filename, int encoding);
+  /// What Add calls a file: all behind the last backslash, "unknown" when there is none.
+  static std::u16string_view name_for(std::u16string_view filename);
+  /// Add under a name of the caller's choice, with errors that keep their numbers also without a control.
+  std::shared_ptr<CMessage> add_as(std::u16string_view name, std::u16string_view filename, int encoding);
   /// Called by the message when it lets this collection go.
   void forget_message() { message_ = nullptr; }
 

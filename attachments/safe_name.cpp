@@ -21,8 +21,8 @@ bool is_unsafe(char byte) {
 }
 
 /// Judged by the bytes that would name the file: a code page may turn a look-alike into a separator.
-bool is_unsafe_character(char16_t c) {
-  const std::string bytes = platform::narrow(platform::process_code_page(), std::u16string_view(&c, 1));
+bool is_unsafe_character(char16_t c, int code_page) {
+  const std::string bytes = platform::narrow(code_page, std::u16string_view(&c, 1));
   return std::any_of(bytes.begin(), bytes.end(), is_unsafe);
 }
 
@@ -49,11 +49,12 @@ bool has_drive_prefix(std::u16string_view name) {
 
 }  // namespace
 
-std::u16string safe_file_name(std::u16string_view name) {
+std::u16string safe_file_name(std::u16string_view name, int code_page) {
   name.remove_prefix(name.find_last_of(u"/\\") + 1);
   if (has_drive_prefix(name)) name.remove_prefix(2);
   std::u16string safe(name);
-  std::replace_if(safe.begin(), safe.end(), is_unsafe_character, u'_');
+  std::replace_if(
+      safe.begin(), safe.end(), [code_page](char16_t c) { return is_unsafe_character(c, code_page); }, u'_');
   for (std::size_t i = safe.find_last_not_of(u". ") + 1; i < safe.size(); ++i) safe[i] = u'_';
   if (is_device(safe)) safe.insert(safe.begin(), u'_');
   return safe;

@@ -7,9 +7,9 @@
 
 namespace vellobar::attachments {
 
-/// The last path component of a name, without a drive prefix. Characters that a file system or the process code page
-/// could read as a separator, a stream, a wildcard or a control become "_", so do dots and blanks at the end, and a
-/// reserved device name gets a "_" in front. Empty only when the last component is.
-std::u16string safe_file_name(std::u16string_view name);
+/// The last path component of a name, without a drive prefix. Characters that a file system, or the code page in which
+/// the file will be named, could read as a separator, a stream, a wildcard or a control become "_", so do dots and
+/// blanks at the end, and a reserved device name gets a "_" in front. Empty only when the last component is.
+std::u16string safe_file_name(std::u16string_view name, int code_page);
 
 }  // namespace vellobar::attachments
