@@ -14,6 +14,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "mailbox/extent.h"
@@ -26,6 +27,10 @@ class CMessages;
 
 namespace codecs {
 enum class AttachmentEncoding;
+}
+
+namespace mime {
+class PartOutline;
 }
 
 namespace platform {
@@ -215,6 +220,8 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   CMessages* existing_parts() const { return parts_.get(); }
   /// Takes the parts out, for whoever lets go of this message and what is below it.
   void give_up_parts(std::vector<std::shared_ptr<CMessage>>& to);
+  /// For a part that was found with its whole tree: where that stands.
+  void use_outline(std::shared_ptr<const mime::PartOutline> outline) { outline_ = std::move(outline); }
   /// True while the message is read from this very place.
   bool is_read_from(const platform::File* file, const mailbox::Extent& extent) const;
 
@@ -234,6 +241,8 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
 
   void load_body();
   void split_parts(std::int64_t from);
+  void split_level(std::int64_t from);
+  bool load_from_outline(std::string_view delimiter);
   void ensure_parts();
   /// The text with its transfer encoding undone, in the charset that the other message names.
   std::u16string transfer_decoded_text(CMessage& charset_source);
@@ -282,6 +291,7 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   bool has_misplaced_parts_ = false;  ///< the parts do not lie where their positions say, or are not all there
   std::u16string parts_boundary_;
   std::shared_ptr<CMessages> parts_;
+  std::shared_ptr<const mime::PartOutline> outline_;
 };
 
 }  // namespace vellobar
