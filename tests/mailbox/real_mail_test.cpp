@@ -103,7 +103,7 @@ TEST(RealMail, update_without_edits_keeps_every_message_and_every_body) {
       continue;
     std::vector<std::u16string> bodies;
     for (std::int64_t i = 0; i < box.count(); ++i) bodies.push_back(box.message(i)->Text());
-    bodies.back() += u"\r\n";
+    if (box.message(box.count() - 1)->Parts()->Count() == 0) bodies.back() += u"\r\n";
     box.control().Update();
     ASSERT_EQ(box.count(), static_cast<std::int64_t>(bodies.size())) << file;
     for (std::int64_t i = 0; i < box.count(); ++i) {
