@@ -6,7 +6,6 @@
 #include <functional>
 
 #ifdef _WIN32
-#define NOMINMAX
 #include <windows.h>
 #else
 #include <pthread.h>
