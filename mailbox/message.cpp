@@ -6,6 +6,7 @@
 #include "headers/header_block.h"
 #include "headers/headers.h"
 #include "mailbox/messages.h"
+#include "mailbox/tree_walk.h"
 #include "platform/code_page.h"
 #include "platform/file.h"
 
@@ -28,6 +29,7 @@ CMessage::CMessage(OwnerLink owner, CMessages* collection, std::shared_ptr<platf
       bytes_(extent.end - extent.start),
       lines_(extent.lines),
       has_separator_(extent.has_separator),
+      first_line_is_separator_(extent.has_separator),
       file_(std::move(file)),
       owner_(std::move(owner)),
       collection_(collection) {}
@@ -82,6 +84,7 @@ void CMessage::recognise_separator_line() {
   char line[kSeparator.size()];
   has_separator_ = file_ && file_->read(start_, line, sizeof line) == sizeof line &&
                    std::string_view(line, sizeof line) == kSeparator;
+  first_line_is_separator_ = has_separator_;
 }
 
 void CMessage::make_missing_separator_line() {
@@ -119,19 +122,28 @@ void CMessage::drop_content() {
 
 void CMessage::drop_body() {
   body_.reset();
+  text_was_put_ = false;
   is_cut_short_ = false;
   has_misplaced_parts_ = false;
   drop_parts();
 }
 
 void CMessage::drop_parts() {
-  if (parts_) parts_->forget_parent();
+  std::vector<std::shared_ptr<CMessage>> messages;
+  give_up_parts(messages);
+  release(std::move(messages));
+}
+
+void CMessage::give_up_parts(std::vector<std::shared_ptr<CMessage>>& to) {
+  if (!parts_) return;
+  parts_->forget_parent();
+  if (parts_.use_count() == 1) parts_->give_up_items(to);
   parts_.reset();
 }
 
-void CMessage::drop_what_writing_read(bool had_headers, bool had_body) {
-  if (!had_body) drop_body();
-  if (!had_headers) headers_.reset();
+void CMessage::drop_what_walking_read(Held before) {
+  if (!before.body) drop_body();
+  if (!before.headers) headers_.reset();
 }
 
 void CMessage::close_own_file() {
@@ -158,16 +170,31 @@ std::u16string CMessage::Text() {
 }
 
 std::u16string CMessage::Body() {
+  struct Joiner final : mailbox::TreeVisitor {
+    bool visit(CMessage& message, Place) override {
+      // An unreadable part leaves its delimiter line alone.
+      if (message.load_headers() == nullptr) return false;
+      message.load_body();
+      text += message.own_body();
+      return message.parts_ && message.parts_->Count() > 0;
+    }
+    void part_begins(const CMessages& parts) override { text += parts.separator() + u"\r\n"; }
+    void parts_end(const CMessages& parts) override { text += parts.separator() + u"--\r\n"; }
+
+    std::u16string text;
+  };
   load_body();
   if (!body_) throw Error(ErrorNumber::cannot_load_text, Reporter::message);
+  Joiner joiner;
+  joiner.text = own_body();
+  if (parts_ && parts_->Count() > 0) mailbox::walk_parts(*this, joiner);
+  return std::move(joiner.text);
+}
+
+std::u16string CMessage::own_body() const {
   std::u16string text = headers_ ? headers_->ToString() : std::u16string();
   text += u"\r\n";
-  text += process_text(*body_);
-  if (!parts_ || parts_->Count() == 0) return text;
-  for (std::int64_t i = 0; i < parts_->Count(); ++i) {
-    text += parts_->separator() + u"\r\n" + parts_->Item(i)->Body();
-  }
-  return text + parts_->separator() + u"--\r\n";
+  return text += process_text(*body_);
 }
 
 }  // namespace vellobar

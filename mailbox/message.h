@@ -15,6 +15,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "mailbox/extent.h"
 #include "mailbox/owner.h"
@@ -207,12 +208,27 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
 
   /// Where a message is written: between delimiter lines it never gets a separator line.
   enum class Place { alone, part };
-  /// Writes the message: separator line, headers, empty line, body, parts. Throws std::system_error when the sink fails
-  /// or the message cannot be read whole.
-  void write(platform::ByteSink& sink, Place place);
-  /// Drops what only writing has read.
-  void drop_what_writing_read(bool had_headers, bool had_body);
-  bool has_body() const { return body_.has_value(); }
+  /// Writes the message: separator line, headers, empty line, body, parts. With `keeps`, all that was read stays in
+  /// memory. Throws std::system_error when the sink fails or the message cannot be read whole.
+  void write(platform::ByteSink& sink, Place place, bool keeps);
+
+  /// What of a message is in memory.
+  struct Held {
+    bool headers = false;
+    bool body = false;
+  };
+  Held held() const { return {headers_ != nullptr, body_.has_value()}; }
+  /// Drops what only a walk has read.
+  void drop_what_walking_read(Held before);
+  /// True when a client holds a part at any depth, or a collection of parts.
+  bool has_held_parts() const;
+
+  /// The collection of parts as far as it was made; null before.
+  CMessages* existing_parts() const { return parts_.get(); }
+  /// Takes the parts out, for whoever lets go of this message and what is below it.
+  void give_up_parts(std::vector<std::shared_ptr<CMessage>>& to);
+  /// True while the message is read from this very place.
+  bool is_read_from(const platform::File* file, const mailbox::Extent& extent) const;
 
   /// For a message added from a file: notes whether the file's first line is a separator line.
   void recognise_separator_line();
@@ -236,7 +252,7 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   void ensure_parts();
   /// The text with its transfer encoding undone, in the charset that the other message names.
   std::u16string transfer_decoded_text(CMessage& charset_source);
-  void load_parts();
+  void load_tree();
   void read_mail_info();
   void read_from_own_file(std::shared_ptr<platform::File> file, bool has_separator);
   void drop_content();
@@ -250,6 +266,12 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   Place own_place() const;
   std::optional<std::string> separator_line_for(Place place) const;
   void write_separator_line(platform::ByteSink& sink, Place place) const;
+  /// Writes all but the parts. True when they are to follow.
+  bool write_own_text(platform::ByteSink& sink, Place place);
+  /// The whole message but its parts, as a client reads it.
+  std::u16string own_body() const;
+  bool is_as_read();
+  bool has_headers_of_file();
   void write_own_bytes(platform::ByteSink& sink, Place place);
 
   std::int64_t start_ = 0;
@@ -259,6 +281,7 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   std::any tag_;
   std::u16string mail_info_;
   bool has_separator_ = false;
+  bool first_line_is_separator_ = false;  ///< what has_separator_ was before an Unload cleared it
   bool changed_ = false;
   bool has_own_file_ = false;
   bool mail_info_given_ = false;
@@ -270,6 +293,7 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   std::shared_ptr<CHeaders> headers_;
   std::int64_t body_offset_ = 0;
   std::optional<std::string> body_;
+  bool text_was_put_ = false;         ///< the body is not that of the file
   bool is_cut_short_ = false;         ///< the file gave less of the body than it should hold
   bool has_misplaced_parts_ = false;  ///< the parts do not lie where their positions say, or are not all there
   std::u16string parts_boundary_;

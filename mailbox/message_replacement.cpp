@@ -34,7 +34,7 @@ void CMessage::read_from_own_file(std::shared_ptr<platform::File> file, bool has
   read_mail_info();
   drop_content();
   close_own_file();
-  has_separator_ = has_separator;
+  has_separator_ = first_line_is_separator_ = has_separator;
   changed_ = false;
   start_ = end_ = bytes_ = lines_ = body_offset_ = 0;
   // What was read or given before stays; the new file's separator line, if any, was written from it.
@@ -61,9 +61,10 @@ void CMessage::SetText(std::u16string_view text) {
   if (!loaded_headers()) throw Error(ErrorNumber::cannot_load_text, Reporter::message);
   std::string body = process_bytes(text);
   if (body.size() <= kLineEnd.size() || !body.ends_with(kLineEnd)) body += kLineEnd;
+  load_tree();
   body_ = std::move(body);
+  text_was_put_ = true;
   is_cut_short_ = false;
-  load_parts();
   mailbox::ScratchFile file;
   write_to_file(file.path());
   std::shared_ptr<platform::File> opened = platform::File::open(file.path());
@@ -83,7 +84,7 @@ void CMessage::SetBody(std::u16string_view body) {
   mail_info_given_ = true;
   drop_content();
   close_own_file();
-  has_separator_ = false;
+  has_separator_ = first_line_is_separator_ = false;
   has_own_file_ = true;
   file_ = std::move(opened);
   start_ = body_offset_ = 0;

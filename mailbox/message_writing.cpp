@@ -8,6 +8,7 @@
 #include "headers/headers.h"
 #include "mailbox/message.h"
 #include "mailbox/messages.h"
+#include "mailbox/tree_walk.h"
 #include "mailbox/vellobar.h"
 #include "platform/code_page.h"
 #include "platform/file.h"
@@ -24,12 +25,24 @@ constexpr std::size_t kCopyBlock = 64 * 1024;
   throw std::system_error(std::make_error_code(std::errc::io_error), "the message cannot be read whole");
 }
 
+struct StringSink final : platform::ByteSink {
+  void write(std::string_view more) override { bytes += more; }
+  std::string bytes;
+};
+
+/// A mailbox's "From " is never written between messages; their own separator lines are. Deliberate for a delimiter
+/// that is no longer; see a_delimiter_of_five_characters_is_not_written.
+bool has_delimiters(const CMessages& parts) { return parts.separator().size() > kSeparator.size(); }
+
+std::string delimiter_of(const CMessages& parts) {
+  return platform::narrow(platform::process_code_page(), parts.separator());
+}
+
 }  // namespace
 
 void CMessage::Save(std::u16string_view filename) {
   const std::string path = platform::narrow(platform::process_code_page(), filename);
-  Load();
-  load_parts();
+  load_tree();
   const bool is_mailbox = owner_ && owner_->control != nullptr && owner_->control->is_locked_file(path);
   if (is_mailbox) throw Error(ErrorNumber::cannot_update_mailbox, Reporter::message);
   write_to_file(path);
@@ -37,27 +50,92 @@ void CMessage::Save(std::u16string_view filename) {
 
 void CMessage::write_to_file(const std::string& path) {
   try {
+    // A message that goes onto the file it is read from is put together before that file is emptied.
+    StringSink whole;
+    const bool is_own_file = file_ && file_->is_same_file(path);
+    if (is_own_file) write(whole, own_place(), true);
     const std::unique_ptr<platform::OutputFile> output = platform::OutputFile::create(path);
     if (!output) throw Error(ErrorNumber::cannot_update_mailbox, Reporter::message);
-    write(*output, own_place());
+    if (is_own_file) {
+      output->write(whole.bytes);
+    } else {
+      write(*output, own_place(), true);
+    }
     output->close();
   } catch (const std::system_error&) {
     throw Error(ErrorNumber::cannot_update_mailbox, Reporter::message);
   }
 }
 
-void CMessage::write(platform::ByteSink& sink, Place place) {
-  if (load_headers() == nullptr) {
-    write_own_bytes(sink, place);
-    return;
-  }
+void CMessage::write(platform::ByteSink& sink, Place place, bool keeps) {
+  struct Writer final : mailbox::TreeVisitor {
+    explicit Writer(platform::ByteSink& to) : sink(to) {}
+    bool visit(CMessage& message, Place at) override { return message.write_own_text(sink, at); }
+    void part_begins(const CMessages& parts) override {
+      if (has_delimiters(parts)) sink.write(delimiter_of(parts).append(kLineEnd));
+    }
+    void parts_end(const CMessages& parts) override {
+      if (has_delimiters(parts)) sink.write(delimiter_of(parts).append("--\r\n"));
+      sink.write(kLineEnd);
+    }
+
+    platform::ByteSink& sink;
+  };
+  if (keeps) load_tree();
+  Writer writer(sink);
+  if (writer.visit(*this, place)) mailbox::walk_parts(*this, writer);
+}
+
+bool CMessage::write_own_text(platform::ByteSink& sink, Place place) {
+  const bool is_readable = load_headers() != nullptr;
   Load();
+  if (!is_readable || has_misplaced_parts_) {
+    if (!is_as_read()) refuse_cut_message();
+    write_own_bytes(sink, place);
+    return false;
+  }
   if (is_cut_short_) refuse_cut_message();
   write_separator_line(sink, place);
   sink.write(headers_->to_bytes());
   sink.write(kLineEnd);
   sink.write(*body_);
-  if (parts_) parts_->write(sink);
+  return parts_ && parts_->Count() > 0;
+}
+
+bool CMessage::is_as_read() {
+  std::vector<CMessage*> waiting{this};
+  while (!waiting.empty()) {
+    CMessage& message = *waiting.back();
+    waiting.pop_back();
+    if (message.text_was_put_ || !message.has_headers_of_file()) return false;
+    if (!message.parts_) continue;
+    if (!message.parts_->is_as_scanned()) return false;
+    message.parts_->append_existing(waiting);
+  }
+  return true;
+}
+
+bool CMessage::has_headers_of_file() {
+  if (!headers_) return true;
+  CMessage in_file(nullptr, nullptr, file_, {start_, end_, lines_, has_separator_});
+  return in_file.load_headers() != nullptr && in_file.headers_->to_bytes() == headers_->to_bytes();
+}
+
+bool CMessage::is_read_from(const platform::File* file, const mailbox::Extent& extent) const {
+  return file_.get() == file && start_ == extent.start && end_ == extent.end;
+}
+
+bool CMessage::has_held_parts() const {
+  std::vector<CMessage*> waiting;
+  for (const CMessage* message = this; message != nullptr;) {
+    if (message->parts_) {
+      if (message->parts_.use_count() > 1 || message->parts_->has_held_items()) return true;
+      message->parts_->append_existing(waiting);
+    }
+    message = waiting.empty() ? nullptr : waiting.back();
+    if (message != nullptr) waiting.pop_back();
+  }
+  return false;
 }
 
 CMessage::Place CMessage::own_place() const {
@@ -81,10 +159,10 @@ void CMessage::write_separator_line(platform::ByteSink& sink, Place place) const
 void CMessage::write_own_bytes(platform::ByteSink& sink, Place place) {
   if (!file_) return;
   std::int64_t position = start_;
-  if (mail_info_given_) {
-    // The client's separator line takes the place of the one in the file.
+  if (place == Place::part || mail_info_given_) {
+    // The client's separator line, or the delimiter of the collection, takes the place of the one in the file.
     write_separator_line(sink, place);
-    if (has_separator_) {
+    if (first_line_is_separator_) {
       headers::LineReader reader(*file_, start_);
       reader.next();
       position = reader.position();
@@ -101,17 +179,14 @@ void CMessage::write_own_bytes(platform::ByteSink& sink, Place place) {
   }
 }
 
-void CMessage::load_parts() {
-  std::vector<CMessages*> waiting;
-  if (parts_) waiting.push_back(parts_.get());
+void CMessage::load_tree() {
+  std::vector<CMessage*> waiting{this};
   while (!waiting.empty()) {
-    CMessages& parts = *waiting.back();
+    CMessage& message = *waiting.back();
     waiting.pop_back();
-    for (std::int64_t i = 0; i < parts.Count(); ++i) {
-      const std::shared_ptr<CMessage> part = parts.Item(i);
-      part->Load();
-      if (part->parts_) waiting.push_back(part->parts_.get());
-    }
+    message.Load();
+    if (!message.parts_) continue;
+    for (std::int64_t i = 0; i < message.parts_->Count(); ++i) waiting.push_back(message.parts_->Item(i).get());
   }
 }
 

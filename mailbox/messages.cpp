@@ -29,8 +29,26 @@ CMessages::CMessages(OwnerLink owner, CMessage& parent)
     : owner_(std::move(owner)), parent_(&parent), separator_(kMailboxSeparator) {}
 
 CMessages::~CMessages() {
+  std::vector<std::shared_ptr<CMessage>> messages;
+  give_up_items(messages);
+  release(std::move(messages));
+}
+
+void CMessages::give_up_items(std::vector<std::shared_ptr<CMessage>>& to) {
   for (Entry& entry : items_) {
-    if (entry.object) entry.object->forget_collection(*this);
+    if (!entry.object) continue;
+    entry.object->forget_collection(*this);
+    to.push_back(std::move(entry.object));
+  }
+  items_.clear();
+}
+
+void release(std::vector<std::shared_ptr<CMessage>> messages) noexcept {
+  while (!messages.empty()) {
+    const std::shared_ptr<CMessage> last = std::move(messages.back());
+    messages.pop_back();
+    // What a client holds as well keeps its parts.
+    if (last.use_count() == 1) last->give_up_parts(messages);
   }
 }
 
@@ -42,10 +60,35 @@ std::shared_ptr<CMessage> CMessages::Item(std::int64_t index) {
 const std::shared_ptr<CMessage>& CMessages::object_at(std::size_t index) {
   Entry& entry = items_[index];
   if (!entry.object) {
-    entry.object = std::make_shared<CMessage>(owner_, this, file_, entry.extent);
+    entry.object = new_object(entry);
     entry.object->remember_index(static_cast<std::int64_t>(index));
   }
   return entry.object;
+}
+
+std::shared_ptr<CMessage> CMessages::for_walking(std::int64_t index) {
+  const Entry& entry = items_[static_cast<std::size_t>(index)];
+  return entry.object ? entry.object : new_object(entry);
+}
+
+std::shared_ptr<CMessage> CMessages::new_object(const Entry& entry) {
+  return std::make_shared<CMessage>(owner_, this, file_, entry.extent);
+}
+
+void CMessages::append_existing(std::vector<CMessage*>& to) const {
+  for (const Entry& entry : items_) {
+    if (entry.object) to.push_back(entry.object.get());
+  }
+}
+
+bool CMessages::has_held_items() const {
+  return std::any_of(items_.begin(), items_.end(), [](const Entry& entry) { return entry.object.use_count() > 1; });
+}
+
+bool CMessages::is_as_scanned() const {
+  return !is_edited_ && std::all_of(items_.begin(), items_.end(), [&](const Entry& entry) {
+    return !entry.object || entry.object->is_read_from(file_.get(), entry.extent);
+  });
 }
 
 std::int64_t CMessages::position_of(const CMessage& message) const {
@@ -111,7 +154,10 @@ std::shared_ptr<CMessage> CMessages::append_empty() {
   return message;
 }
 
-void CMessages::append(std::shared_ptr<CMessage> message) { items_.push_back({{}, std::move(message)}); }
+void CMessages::append(std::shared_ptr<CMessage> message) {
+  is_edited_ = true;
+  items_.push_back({{}, std::move(message)});
+}
 
 void CMessages::Remove(const CMessage& message) {
   const std::int64_t position = position_of(message);
@@ -129,6 +175,7 @@ void CMessages::RemoveAll() {
 }
 
 void CMessages::remember_removed(const mailbox::Extent& extent) {
+  is_edited_ = true;
   if (extent.has_separator) removed_positions_.push_back(extent.start);
 }
 
@@ -185,36 +232,18 @@ void CMessages::check_position(std::int64_t position) const {
 }
 
 void CMessages::write(platform::ByteSink& sink) {
-  if (items_.empty()) return;
-  // A mailbox's "From " is never written between messages; their own separator lines are.
-  const bool with_delimiters = separator_.size() > kMailboxSeparator.size();
-  const std::string delimiter = with_delimiters ? process_bytes(separator_) : std::string();
   for (Entry& entry : items_) {
-    if (with_delimiters) {
-      sink.write(delimiter);
-      sink.write(kLineEnd);
+    if (!entry.object) {
+      new_object(entry)->write(sink, CMessage::Place::alone, false);
+      continue;
     }
-    write_entry(entry, sink);
+    // What a client holds stays in memory afterwards, since the file it was read from is about to be replaced.
+    const bool keeps = entry.object.use_count() > 1 || entry.object->has_held_parts();
+    const CMessage::Held before = entry.object->held();
+    entry.object->write(sink, CMessage::Place::alone, keeps);
+    if (!keeps) entry.object->drop_what_walking_read(before);
   }
-  if (with_delimiters) {
-    sink.write(delimiter);
-    sink.write("--\r\n");
-  }
-  sink.write(kLineEnd);
-}
-
-void CMessages::write_entry(Entry& entry, platform::ByteSink& sink) {
-  const CMessage::Place place = parent_ != nullptr ? CMessage::Place::part : CMessage::Place::alone;
-  if (!entry.object) {
-    CMessage(owner_, this, file_, entry.extent).write(sink, place);
-    return;
-  }
-  // What a client holds stays in memory afterwards, since the file it was read from is about to be replaced.
-  const bool is_held = entry.object.use_count() > 1;
-  const bool had_headers = entry.object->loaded_headers() != nullptr;
-  const bool had_body = entry.object->has_body();
-  entry.object->write(sink, place);
-  if (!is_held) entry.object->drop_what_writing_read(had_headers, had_body);
+  if (!items_.empty()) sink.write(kLineEnd);
 }
 
 }  // namespace vellobar

@@ -73,12 +73,21 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   /// A new part with an empty text of its own, appended without telling the control.
   std::shared_ptr<CMessage> append_empty();
 
-  /// Writes all messages, with delimiter lines around those of a parts collection. Messages that no client holds are
-  /// read, written and dropped one at a time; the others stay in memory. Throws std::system_error when a message cannot
-  /// be read whole or the sink fails.
-  void write(platform::ByteSink& sink);
-  /// The same for a whole mailbox, having made sure that every scanned message still begins where it was found. Throws
-  /// std::system_error, with nothing written, where one does not.
+  /// The message at a position as it is held, else one made for the caller alone.
+  std::shared_ptr<CMessage> for_walking(std::int64_t index);
+  /// The messages that are held as objects are appended; the collection is empty then.
+  void give_up_items(std::vector<std::shared_ptr<CMessage>>& to);
+  /// The same without giving them up.
+  void append_existing(std::vector<CMessage*>& to) const;
+  /// True when a client holds one of the messages.
+  bool has_held_items() const;
+  /// True while the collection holds just what was scanned, each message where it was found.
+  bool is_as_scanned() const;
+
+  /// Writes a whole mailbox, having made sure that every scanned message still begins where it was found. Messages of
+  /// which a client holds nothing are read, written and dropped one at a time; the others stay in memory, whole. Throws
+  /// std::system_error when a message does not begin in its place (with nothing written), cannot be read whole, or when
+  /// the sink fails.
   void write_mailbox(platform::ByteSink& sink);
 
   /// The separator line that starts each message: "From ", or a parts collection's delimiter.
@@ -98,7 +107,8 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
 
   const std::shared_ptr<CMessage>& object_at(std::size_t index);
   mailbox::ScanResult scan_range(std::int64_t from, std::int64_t limit);
-  void write_entry(Entry& entry, platform::ByteSink& sink);
+  std::shared_ptr<CMessage> new_object(const Entry& entry);
+  void write(platform::ByteSink& sink);
   void append(std::shared_ptr<CMessage> message);
   void remember_removed(const mailbox::Extent& extent);
   void check_position(std::int64_t position) const;
@@ -108,8 +118,12 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   std::u16string separator_;
   std::shared_ptr<platform::File> file_;
   std::deque<Entry> items_;
+  bool is_edited_ = false;
   std::string scanned_separator_;                ///< the separator as the scan compared it
   std::vector<std::int64_t> removed_positions_;  ///< where scanned messages began that were removed since
 };
+
+/// Lets go of messages and of what is below them, however deep that is.
+void release(std::vector<std::shared_ptr<CMessage>> messages) noexcept;
 
 }  // namespace vellobar
