@@ -28,6 +28,8 @@ bool is_coded_in_sextets(int encoding) {
 
 }  // namespace
 
+CAttachment::CAttachment() = default;
+
 CAttachment::CAttachment(OwnerLink owner, std::weak_ptr<CMessage> part, CodedRange range, int encoding)
     : owner_(std::move(owner)), part_(std::move(part)), range_(std::move(range)), encoding_(encoding) {}
 

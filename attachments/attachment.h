@@ -28,6 +28,8 @@ struct CodedRange {
 
 class CAttachment {
  public:
+  /// An attachment that stands alone, of nothing.
+  CAttachment();
   CAttachment(OwnerLink owner, std::weak_ptr<CMessage> part, CodedRange range, int encoding);
   CAttachment(const CAttachment&) = delete;
   CAttachment& operator=(const CAttachment&) = delete;
@@ -70,7 +72,7 @@ class CAttachment {
   OwnerLink owner_;
   std::weak_ptr<CMessage> part_;
   CodedRange range_;
-  int encoding_;
+  int encoding_ = 0;
   std::u16string name_;
   std::u16string type_;
   bool name_given_ = false;  ///< by the client

@@ -101,6 +101,8 @@ std::shared_ptr<platform::File> temporary_file_with(std::string_view bytes) {
 
 }  // namespace
 
+CAttachments::CAttachments() = default;
+
 CAttachments::CAttachments(OwnerLink owner, CMessage& message) : owner_(std::move(owner)), message_(&message) {}
 
 CAttachments::~CAttachments() = default;

@@ -18,6 +18,8 @@ class CMessage;
 
 class CAttachments {
  public:
+  /// A collection that stands alone, without a message.
+  CAttachments();
   CAttachments(OwnerLink owner, CMessage& message);
   ~CAttachments();
   CAttachments(const CAttachments&) = delete;
@@ -56,7 +58,7 @@ class CAttachments {
   void find_in_text(CMessage& message);
 
   OwnerLink owner_;
-  CMessage* message_;
+  CMessage* message_ = nullptr;
   bool is_scanned_ = false;
   bool scan_text_ = false;
   std::vector<std::shared_ptr<CAttachment>> items_;

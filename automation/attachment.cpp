@@ -1,26 +1,40 @@
 // IvAttachment: one attachment of a message.
-#include "automation/object.h"
+#include "attachments/attachment.h"
+
+#include "automation/core_object.h"
 #include "automation/objects.h"
+#include "mailbox/message.h"
 
 namespace vellobar::automation {
 
 namespace {
 
-class AttachmentObject final : public Object<IvAttachment> {
+class AttachmentObject final : public CoreObject<AttachmentObject, IvAttachment, CAttachment> {
  public:
-  STDMETHODIMP get_Name(BSTR*) override { return E_NOTIMPL; }
-  STDMETHODIMP put_Name(BSTR) override { return E_NOTIMPL; }
-  STDMETHODIMP get_Type(BSTR*) override { return E_NOTIMPL; }
-  STDMETHODIMP put_Type(BSTR) override { return E_NOTIMPL; }
-  STDMETHODIMP get_Encoding(AttachmentEncodingsEnum*) override { return E_NOTIMPL; }
-  STDMETHODIMP put_Encoding(AttachmentEncodingsEnum) override { return E_NOTIMPL; }
-  STDMETHODIMP Save(VARIANT) override { return E_NOTIMPL; }
-  STDMETHODIMP get_Part(IvMessage**) override { return E_NOTIMPL; }
-  STDMETHODIMP get_Size(long*) override { return E_NOTIMPL; }
+  using CoreObject::CoreObject;
+
+  STDMETHODIMP get_Name(BSTR* value) override { return get(value, &CAttachment::Name); }
+  STDMETHODIMP put_Name(BSTR value) override { return put(value, &CAttachment::SetName); }
+  STDMETHODIMP get_Type(BSTR* value) override { return get(value, &CAttachment::Type); }
+  STDMETHODIMP put_Type(BSTR value) override { return put(value, &CAttachment::SetType); }
+  STDMETHODIMP get_Encoding(AttachmentEncodingsEnum* value) override { return get(value, &CAttachment::Encoding); }
+  STDMETHODIMP put_Encoding(AttachmentEncodingsEnum value) override {
+    return guarded([&] { core().SetEncoding(static_cast<int>(value)); });
+  }
+  STDMETHODIMP Save(VARIANT filename) override {
+    return guarded([&] {
+      const auto name = string_in(filename);
+      return name ? core().Save(*name) : core().Save();
+    });
+  }
+  STDMETHODIMP get_Part(IvMessage** value) override { return get(value, &CAttachment::Part); }
+  STDMETHODIMP get_Size(long* value) override { return get(value, &CAttachment::Size); }
 };
 
 }  // namespace
 
-ComPtr<IUnknown> new_attachment() { return ComPtr<IUnknown>::attach(static_cast<IvAttachment*>(new AttachmentObject)); }
+ComPtr<IvAttachment> wrap(const std::shared_ptr<CAttachment>& attachment) { return AttachmentObject::of(attachment); }
+
+ComPtr<IUnknown> new_attachment() { return query<IUnknown>(wrap(std::make_shared<CAttachment>()).get()); }
 
 }  // namespace vellobar::automation

@@ -3,7 +3,9 @@
 
 #include "automation/core_object.h"
 #include "automation/objects.h"
+#include "codecs/attachment_encoding.h"
 #include "headers/headers.h"
+#include "mailbox/messages.h"
 
 namespace vellobar::automation {
 
@@ -46,10 +48,12 @@ class MessageObject final : public CoreObject<MessageObject, IvMessage, CMessage
   STDMETHODIMP get_Headers(IvHeaders** value) override { return get(value, &CMessage::Headers); }
   STDMETHODIMP get_MailInfo(BSTR* value) override { return get(value, &CMessage::MailInfo); }
   STDMETHODIMP put_MailInfo(BSTR value) override { return put(value, &CMessage::SetMailInfo); }
-  STDMETHODIMP get_Parts(IvMessages**) override { return E_NOTIMPL; }
-  STDMETHODIMP get_Attachments(IvAttachments**) override { return E_NOTIMPL; }
+  STDMETHODIMP get_Parts(IvMessages** value) override { return get(value, &CMessage::Parts); }
+  STDMETHODIMP get_Attachments(IvAttachments** value) override { return get(value, &CMessage::Attachments); }
   STDMETHODIMP get_Changed(VARIANT_BOOL* value) override { return get(value, &CMessage::Changed); }
-  STDMETHODIMP get_DecodedText(AttachmentEncodingsEnum, BSTR*) override { return E_NOTIMPL; }
+  STDMETHODIMP get_DecodedText(AttachmentEncodingsEnum encoded_as, BSTR* value) override {
+    return answer(value, [&] { return core().DecodedText(static_cast<codecs::AttachmentEncoding>(encoded_as)); });
+  }
   STDMETHODIMP Peek(BSTR filename) override { return put(filename, &CMessage::Peek); }
 
   STDMETHODIMP get_From(BSTR* value) override { return get(value, &CMessage::From); }
@@ -82,11 +86,11 @@ class MessageObject final : public CoreObject<MessageObject, IvMessage, CMessage
   STDMETHODIMP put_MessageID(BSTR value) override { return put(value, &CMessage::SetMessageID); }
   STDMETHODIMP get_MIMEVersion(BSTR* value) override { return get(value, &CMessage::MIMEVersion); }
   STDMETHODIMP put_MIMEVersion(BSTR value) override { return put(value, &CMessage::SetMIMEVersion); }
-  STDMETHODIMP get_PartsBoundary(BSTR*) override { return E_NOTIMPL; }
+  STDMETHODIMP get_PartsBoundary(BSTR* value) override { return get(value, &CMessage::PartsBoundary); }
   STDMETHODIMP get_To(BSTR* value) override { return get(value, &CMessage::To); }
   STDMETHODIMP put_To(BSTR value) override { return put(value, &CMessage::SetTo); }
-  STDMETHODIMP get_PlainText(BSTR*) override { return E_NOTIMPL; }
-  STDMETHODIMP get_HTMLText(BSTR*) override { return E_NOTIMPL; }
+  STDMETHODIMP get_PlainText(BSTR* value) override { return get(value, &CMessage::PlainText); }
+  STDMETHODIMP get_HTMLText(BSTR* value) override { return get(value, &CMessage::HTMLText); }
   STDMETHODIMP get_FromName(BSTR* value) override { return get(value, &CMessage::FromName); }
   STDMETHODIMP get_FromEmail(BSTR* value) override { return get(value, &CMessage::FromEmail); }
   STDMETHODIMP get_ToName(BSTR* value) override { return get(value, &CMessage::ToName); }

@@ -1,5 +1,5 @@
-// What every automation object has in common: IDispatch answered from the type library, so that a call by identifier and
-// a call through the table of methods reach the same code, and error information for its own interface.
+// What every automation object has in common: IDispatch answered from the type library, so that a call by identifier
+// and a call through the table of methods reach the same code, and error information for its own interface.
 #pragma once
 
 #include <ole2.h>

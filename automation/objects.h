@@ -8,6 +8,8 @@
 #include "vellobar_automation.h"
 
 namespace vellobar {
+class CAttachment;
+class CAttachments;
 class CHeader;
 class CHeaders;
 class CMessage;
@@ -20,6 +22,8 @@ ComPtr<IvMessage> wrap(const std::shared_ptr<CMessage>& message);
 ComPtr<IvMessages> wrap(const std::shared_ptr<CMessages>& messages);
 ComPtr<IvHeader> wrap(const std::shared_ptr<CHeader>& header);
 ComPtr<IvHeaders> wrap(const std::shared_ptr<CHeaders>& headers);
+ComPtr<IvAttachment> wrap(const std::shared_ptr<CAttachment>& attachment);
+ComPtr<IvAttachments> wrap(const std::shared_ptr<CAttachments>& attachments);
 
 /// The core object behind a client's object; null when it is not one of ours.
 std::shared_ptr<CMessage> message_behind(IUnknown* object);

@@ -65,17 +65,32 @@ bool holds_object(const VARIANT& value, IDispatch*& object) {
   return false;
 }
 
+namespace {
+
+/// A VARIANT as a number of this type; false when it does not convert.
+bool convert(const VARIANT& value, VARTYPE type, VARIANT& number) {
+  const Variant plain(value);
+  const VARTYPE held = V_VT(&plain.value());
+  // An object would be asked for its default value, which is the client's code.
+  if (held == VT_DISPATCH || held == VT_UNKNOWN) return false;
+  VariantInit(&number);
+  return SUCCEEDED(VariantChangeType(&number, const_cast<VARIANT*>(&plain.value()), 0, type));
+}
+
+}  // namespace
+
 std::optional<Index> index_in(const VARIANT& value) {
   if (leads_nowhere(value)) return std::nullopt;
   if (const auto name = string_in(value)) return Index{std::u16string(*name), 0};
-  const Variant plain(value);
-  const VARTYPE type = V_VT(&plain.value());
-  // An object would be asked for its default value, which is the client's code.
-  if (type == VT_DISPATCH || type == VT_UNKNOWN) return std::nullopt;
   VARIANT position;
-  VariantInit(&position);
-  if (FAILED(VariantChangeType(&position, const_cast<VARIANT*>(&plain.value()), 0, VT_I2))) return std::nullopt;
+  if (!convert(value, VT_I2, position)) return std::nullopt;
   return Index{std::nullopt, V_I2(&position)};
+}
+
+std::optional<int> number_in(const VARIANT& value) {
+  VARIANT number;
+  if (leads_nowhere(value) || !convert(value, VT_I4, number)) return std::nullopt;
+  return V_I4(&number);
 }
 
 }  // namespace vellobar::automation

@@ -49,4 +49,7 @@ struct Index {
 /// (null, missing, too large, an object, an array, a reference that leads nowhere).
 std::optional<Index> index_in(const VARIANT& value);
 
+/// A VARIANT as a 32-bit integer; none when it is missing, is an object, or does not convert. An empty one is 0.
+std::optional<int> number_in(const VARIANT& value);
+
 }  // namespace vellobar::automation

@@ -32,10 +32,22 @@ class VellobarObject final : public CoreObject<VellobarObject, IVellobar, CVello
     return guarded([] { show_about_box(); });
   }
 
-  STDMETHODIMP CreateSimpleMessage(BSTR, BSTR, BSTR, BSTR, BSTR) override { return E_NOTIMPL; }
-  STDMETHODIMP CreateTextHtmlMessage(BSTR, BSTR, BSTR, BSTR, BSTR, BSTR) override { return E_NOTIMPL; }
-  STDMETHODIMP CreateSimpleAttachmentMessage(BSTR, BSTR, BSTR, BSTR, BSTR, BSTR) override { return E_NOTIMPL; }
-  STDMETHODIMP CreateTextHtmlAttachmentMessage(BSTR, BSTR, BSTR, BSTR, BSTR, BSTR, BSTR) override { return E_NOTIMPL; }
+  STDMETHODIMP CreateSimpleMessage(BSTR save_as, BSTR from, BSTR to, BSTR subject, BSTR text) override {
+    return build(&CVellobar::CreateSimpleMessage, save_as, from, to, subject, text);
+  }
+  STDMETHODIMP CreateTextHtmlMessage(BSTR save_as, BSTR from, BSTR to, BSTR subject, BSTR plain_text,
+                                     BSTR html_text) override {
+    return build(&CVellobar::CreateTextHtmlMessage, save_as, from, to, subject, plain_text, html_text);
+  }
+  STDMETHODIMP CreateSimpleAttachmentMessage(BSTR save_as, BSTR from, BSTR to, BSTR subject, BSTR text,
+                                             BSTR attachment) override {
+    return build(&CVellobar::CreateSimpleAttachmentMessage, save_as, from, to, subject, text, attachment);
+  }
+  STDMETHODIMP CreateTextHtmlAttachmentMessage(BSTR save_as, BSTR from, BSTR to, BSTR subject, BSTR plain_text,
+                                               BSTR html_text, BSTR attachment) override {
+    return build(&CVellobar::CreateTextHtmlAttachmentMessage, save_as, from, to, subject, plain_text, html_text,
+                 attachment);
+  }
 
   STDMETHODIMP get_Language(LanguageEnum* value) override {
     return answer(value, [] { return CVellobar::Language(); });
@@ -48,6 +60,12 @@ class VellobarObject final : public CoreObject<VellobarObject, IVellobar, CVello
   }
   STDMETHODIMP put_CharSet(Charsets value) override {
     return guarded([&] { CVellobar::SetCharSet(static_cast<std::int32_t>(value)); });
+  }
+
+ private:
+  template <class Builder, class... Texts>
+  HRESULT build(Builder builder, Texts... texts) noexcept {
+    return guarded([&] { std::invoke(builder, core(), text_of(texts)...); });
   }
 };
 

@@ -137,12 +137,4 @@ TEST_F(Dispatch, about_returns_at_once_where_nobody_can_see_a_box) {
   CloseWindowStation(hidden);
 }
 
-TEST_F(Dispatch, members_without_an_implementation_yet_say_so) {
-  const auto message = make<IvMessage>(CLSID_Message);
-  Text text;
-  EXPECT_EQ(message->get_PlainText(text.receive()), E_NOTIMPL);
-  EXPECT_EQ(make<IVellobar>(CLSID_Vellobar)->CreateSimpleMessage(nullptr, nullptr, nullptr, nullptr, nullptr),
-            E_NOTIMPL);
-}
-
 }  // namespace vellobar::tests
