@@ -167,7 +167,7 @@ void CAttachments::find_in_text(CMessage& message) {
 
 std::shared_ptr<CAttachments> CMessage::Attachments() {
   load_body();
-  if (!has_body()) throw Error(ErrorNumber::cannot_load_text, Reporter::message);
+  if (!body_) throw Error(ErrorNumber::cannot_load_text, Reporter::message);
   if (!attachments_) attachments_ = std::make_shared<CAttachments>(owner_, *this);
   return attachments_;
 }
