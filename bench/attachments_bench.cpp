@@ -63,7 +63,9 @@ void write_file(const fs::path& path, std::string_view content) {
 double processor_seconds(int who) {
   rusage used{};
   getrusage(who, &used);
-  const auto seconds = [](const timeval& time) { return static_cast<double>(time.tv_sec) + time.tv_usec / 1e6; };
+  const auto seconds = [](const timeval& time) {
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+  };
   return seconds(used.ru_utime) + seconds(used.ru_stime);
 }
 
