@@ -30,6 +30,10 @@ namespace codecs {
 enum class AttachmentEncoding;
 }
 
+namespace mime {
+class PartOutline;
+}
+
 namespace platform {
 class File;
 class ByteSink;
@@ -227,6 +231,8 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   CMessages* existing_parts() const { return parts_.get(); }
   /// Takes the parts out, for whoever lets go of this message and what is below it.
   void give_up_parts(std::vector<std::shared_ptr<CMessage>>& to);
+  /// For a part that was found with its whole tree: where that stands.
+  void use_outline(std::shared_ptr<const mime::PartOutline> outline) { outline_ = std::move(outline); }
   /// True while the message is read from this very place.
   bool is_read_from(const platform::File* file, const mailbox::Extent& extent) const;
 
@@ -249,6 +255,8 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
 
   void load_body();
   void split_parts(std::int64_t from);
+  void split_level(std::int64_t from);
+  bool load_from_outline(std::string_view delimiter);
   void ensure_parts();
   /// The text with its transfer encoding undone, in the charset that the other message names.
   std::u16string transfer_decoded_text(CMessage& charset_source);
@@ -299,6 +307,7 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   std::u16string parts_boundary_;
   std::shared_ptr<CMessages> parts_;
   std::shared_ptr<CAttachments> attachments_;
+  std::shared_ptr<const mime::PartOutline> outline_;
 };
 
 }  // namespace vellobar

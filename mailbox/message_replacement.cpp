@@ -40,6 +40,7 @@ void CMessage::read_from_own_file(std::shared_ptr<platform::File> file, bool has
   // What was read or given before stays; the new file's separator line, if any, was written from it.
   mail_info_given_ = true;
   file_ = std::move(file);
+  outline_.reset();
   if (file_) {
     has_own_file_ = true;
     end_ = file_->size();
@@ -87,6 +88,7 @@ void CMessage::SetBody(std::u16string_view body) {
   has_separator_ = first_line_is_separator_ = false;
   has_own_file_ = true;
   file_ = std::move(opened);
+  outline_.reset();
   start_ = body_offset_ = 0;
   end_ = bytes_ = file_->size();
   lines_ = count_lines(bytes);

@@ -72,7 +72,9 @@ std::shared_ptr<CMessage> CMessages::for_walking(std::int64_t index) {
 }
 
 std::shared_ptr<CMessage> CMessages::new_object(const Entry& entry) {
-  return std::make_shared<CMessage>(owner_, this, file_, entry.extent);
+  auto object = std::make_shared<CMessage>(owner_, this, file_, entry.extent);
+  if (outline_) object->use_outline(outline_);
+  return object;
 }
 
 void CMessages::append_existing(std::vector<CMessage*>& to) const {
@@ -198,6 +200,14 @@ mailbox::ScanResult CMessages::split(const std::shared_ptr<platform::File>& file
   // without_its_closing_delimiter_a_message_loses_its_last_part.
   const DropLast also_when_memory_runs_out{items_};
   return scan_range(from, limit);
+}
+
+void CMessages::split(const std::shared_ptr<platform::File>& file, std::u16string_view delimiter,
+                      const std::vector<mailbox::Extent>& parts, std::shared_ptr<const mime::PartOutline> outline) {
+  file_ = file;
+  set_separator(delimiter);
+  outline_ = std::move(outline);
+  for (const mailbox::Extent& extent : parts) items_.push_back({extent, nullptr});
 }
 
 mailbox::ScanResult CMessages::scan_range(std::int64_t from, std::int64_t limit) {

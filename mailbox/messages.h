@@ -18,6 +18,10 @@ namespace vellobar {
 
 class CMessage;
 
+namespace mime {
+class PartOutline;
+}
+
 namespace platform {
 class File;
 class ByteSink;
@@ -65,6 +69,10 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   /// which is what follows the closing delimiter when there is one, is never a part.
   mailbox::ScanResult split(const std::shared_ptr<platform::File>& file, std::int64_t from, std::int64_t limit,
                             std::u16string_view delimiter);
+
+  /// The same with what an outline has found, which the parts share.
+  void split(const std::shared_ptr<platform::File>& file, std::u16string_view delimiter,
+             const std::vector<mailbox::Extent>& parts, std::shared_ptr<const mime::PartOutline> outline);
 
   /// A new message whose text is an open file of this size, appended without telling the control. A parts collection
   /// makes its parent multipart first when it is not.
@@ -118,6 +126,7 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   std::u16string separator_;
   std::shared_ptr<platform::File> file_;
   std::deque<Entry> items_;
+  std::shared_ptr<const mime::PartOutline> outline_;
   bool is_edited_ = false;
   std::string scanned_separator_;                ///< the separator as the scan compared it
   std::vector<std::int64_t> removed_positions_;  ///< where scanned messages began that were removed since

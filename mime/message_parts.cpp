@@ -1,6 +1,7 @@
 // The part tree of a message: its text is read and split when somebody asks for it, and kept until it is dropped.
 #include <algorithm>
 #include <utility>
+#include <vector>
 
 #include "errors/error.h"
 #include "headers/headers.h"
@@ -8,6 +9,7 @@
 #include "mailbox/messages.h"
 #include "mime/body_text.h"
 #include "mime/boundary.h"
+#include "mime/part_outline.h"
 #include "platform/code_page.h"
 #include "platform/file.h"
 
@@ -19,17 +21,47 @@ void CMessage::load_body() {
   if (load_headers() == nullptr) return;
   const std::string delimiter = mime::delimiter_of(*headers_);
   parts_boundary_ = platform::widen(platform::kThreadCodePage, delimiter);
-  mime::BodyText text;
-  // A body that would start behind the end is empty.
-  if (file_ && body_offset_ < end_) text = mime::read_body_text(*file_, body_offset_, end_, delimiter);
-  is_cut_short_ = text.is_cut_short;
-  if (text.parts_start) split_parts(*text.parts_start);
-  body_ = std::move(text.bytes);
+  if (!load_from_outline(delimiter)) {
+    mime::BodyText text;
+    // A body that would start behind the end is empty.
+    if (file_ && body_offset_ < end_) text = mime::read_body_text(*file_, body_offset_, end_, delimiter);
+    is_cut_short_ = text.is_cut_short;
+    if (text.parts_start) split_parts(*text.parts_start);
+    body_ = std::move(text.bytes);
+  }
   changed_ = false;
+}
+
+bool CMessage::load_from_outline(std::string_view delimiter) {
+  if (!outline_ || !file_ || delimiter.empty()) return false;
+  const mime::PartOutline::Multipart* const known = outline_->find(start_, body_offset_, delimiter);
+  if (known == nullptr) return false;
+  std::string text(static_cast<std::size_t>(known->opening - body_offset_), '\0');
+  // A file that has less by now, or is closed, is read as it is.
+  char at_opening = '\0';
+  if (file_->read(body_offset_, text.data(), text.size()) < text.size()) return false;
+  if (file_->read(known->opening, &at_opening, 1) < 1) return false;
+  ensure_parts();
+  parts_->split(file_, parts_boundary_, outline_->parts(*known), outline_);
+  body_ = std::move(text);
+  return true;
 }
 
 void CMessage::split_parts(std::int64_t from) {
   ensure_parts();
+  const std::string separator = platform::narrow(platform::process_code_page(), parts_boundary_);
+  auto outline = mime::PartOutline::read(*file_, from, end_, separator);
+  if (!outline) {
+    split_level(from);
+    return;
+  }
+  is_cut_short_ = is_cut_short_ || (!outline->is_whole() && outline->end() < std::min(end_, file_->size()));
+  const std::vector<mailbox::Extent> parts = outline->parts();
+  if (!outline->has_multiparts()) outline.reset();
+  parts_->split(file_, parts_boundary_, parts, std::move(outline));
+}
+
+void CMessage::split_level(std::int64_t from) {
   try {
     const mailbox::ScanResult scanned = parts_->split(file_, from, end_, parts_boundary_);
     has_misplaced_parts_ = scanned.ran_ahead;

@@ -1,0 +1,321 @@
+#include "mime/part_outline.h"
+
+#include <algorithm>
+#include <cstring>
+#include <memory_resource>
+#include <optional>
+#include <utility>
+
+#include "headers/header_block.h"
+#include "headers/headers.h"
+#include "mailbox/line_buffer.h"
+#include "mailbox/scanner_search.h"
+#include "mime/ascii.h"
+#include "mime/boundary.h"
+#include "mime/delimiter_set.h"
+#include "platform/code_page.h"
+#include "platform/file.h"
+
+namespace vellobar::mime {
+
+namespace {
+
+constexpr std::string_view kDashes = "--";
+/// A line this long can fill a chunk of the scan, and is too long for a header block.
+constexpr std::int64_t kTooLong = static_cast<std::int64_t>(headers::kLongestLine);
+constexpr std::int64_t kBlock = std::int64_t{256} * 1024;
+
+int plain_splittings = 0;
+
+/// What a collection with this delimiter compares lines with.
+std::string separator_of(std::string_view delimiter) {
+  return platform::narrow(platform::process_code_page(), platform::widen(platform::kThreadCodePage, delimiter));
+}
+
+/// The header lines of a part as they come by, as far as they tell its boundary.
+class HeaderLines {
+ public:
+  enum class State { more, over, none };
+
+  void restart() {
+    has_any_ = false;
+    last_is_type_ = false;
+    types_.reset();
+  }
+
+  /// Takes a line. `none` when the block ends before it began, so that the line is text.
+  State take(std::string_view text) {
+    text = text.substr(0, text.find('\r'));
+    if (text.empty()) return State::over;
+    if (text.front() == ' ' || text.front() == '\t') return continue_last(text);
+    const std::size_t colon = text.find(':');
+    if (colon == std::string_view::npos) return State::more;
+    has_any_ = true;
+    constexpr std::string_view kName = "content-type";
+    last_is_type_ = colon == kName.size() && starts_with_ignoring_case(text, kName);
+    if (!last_is_type_) return State::more;
+    if (!types_) types_.emplace();
+    types_->add_line(text);
+    return State::more;
+  }
+
+  std::string delimiter() const { return types_ ? delimiter_of(*types_) : std::string(); }
+
+ private:
+  State continue_last(std::string_view text) {
+    if (!has_any_) return State::none;
+    if (last_is_type_) types_->continue_last(text);
+    return State::more;
+  }
+
+  bool has_any_ = false;
+  bool last_is_type_ = false;
+  std::optional<CHeaders> types_;
+};
+
+}  // namespace
+
+/// Takes the lines one after the other and keeps the multiparts that are open. What a line means is asked of the
+/// outermost one first: where it goes on, everything inside it has ended.
+class OutlineReader {
+ public:
+  OutlineReader(platform::File& file, std::int64_t from, std::int64_t limit, std::string_view separator)
+      : file_(file), limit_(limit), position_(from), read_position_(from), outline_(std::make_shared<PartOutline>()) {
+    open_multipart(separator);
+  }
+
+  std::shared_ptr<const PartOutline> read() && {
+    reserve();
+    while (position_ < limit_) {
+      const Block block = next_block();
+      if (block == Block::refused) return nullptr;
+      if (block == Block::end) break;
+      if (!take_lines()) return nullptr;
+    }
+    if (file_.failed() || is_refused_) return nullptr;
+    close_multiparts(1);
+    if (levels_.front().open != kNone) drop_from(levels_.front().open);
+    outline_->end_ = position_;
+    outline_->is_whole_ = position_ >= limit_;
+    return std::move(outline_);
+  }
+
+ private:
+  using Node = PartOutline::Node;
+  using Multipart = PartOutline::Multipart;
+  static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+  enum class Block { read, end, refused };
+  enum class Place { headers, preamble, text };
+
+  /// A multipart whose parts are being read.
+  struct Level {
+    std::size_t node;  ///< kNone for the message itself
+    std::size_t open;  ///< its part that is being read; kNone before the first
+  };
+
+  // ---- Lines
+
+  void reserve() {
+    const std::int64_t wanted = std::clamp<std::int64_t>(limit_ - position_ + kTooLong, 2 * kTooLong, kBlock);
+    storage_ = mailbox::WipedStorage(static_cast<std::size_t>(wanted), std::pmr::new_delete_resource());
+  }
+
+  /// Reads behind the bytes of an unfinished line. `end` when the file has no more and no line is left.
+  Block next_block() {
+    if (held_ >= kTooLong) return Block::refused;
+    const std::int64_t room = static_cast<std::int64_t>(storage_.size()) - held_;
+    const std::int64_t below_limit = limit_ - read_position_;
+    const std::int64_t wanted = std::min(room, below_limit > 0 ? below_limit : kTooLong);
+    const std::int64_t got = static_cast<std::int64_t>(
+        file_.read(read_position_, storage_.data() + held_, static_cast<std::size_t>(wanted)));
+    read_position_ += got;
+    held_ += got;
+    is_last_ = got == 0;
+    return got == 0 && held_ == 0 ? Block::end : Block::read;
+  }
+
+  /// False when a line is too long.
+  bool take_lines() {
+    const char* line = storage_.data();
+    const char* end = line + held_;
+    while (line < end && position_ < limit_) {
+      const char* next = next_line(line, end);
+      if (next == nullptr) break;
+      if (next - line >= kTooLong) return false;
+      take_line({line, static_cast<std::size_t>(next - line)});
+      line = next;
+      if (place_ != Place::headers && levels_.back().open != kNone) {
+        line = pass_text(line, end);
+        if (line == nullptr) return false;
+      }
+    }
+    held_ = end - line;
+    std::memmove(storage_.data(), line, static_cast<std::size_t>(held_));
+    return true;
+  }
+
+  /// Just behind the line, null when it is not finished yet.
+  const char* next_line(const char* line, const char* end) const {
+    const void* feed = std::memchr(line, '\n', static_cast<std::size_t>(end - line));
+    if (feed != nullptr) return static_cast<const char*>(feed) + 1;
+    return is_last_ ? end : nullptr;
+  }
+
+  /// Passes whole lines of a part's text or preamble that cannot be a delimiter: all of those begin with two hyphens.
+  const char* pass_text(const char* line, const char* end) {
+    const std::int64_t below_limit = std::min<std::int64_t>(end - line, limit_ - position_);
+    if (below_limit <= 0) return line;
+    const char* lines_end = line + below_limit;
+    while (lines_end > line && lines_end[-1] != '\n') --lines_end;
+    if (lines_end == line || is_dashes(line, lines_end)) return line;
+    const mailbox::FoundLine found = search_(line, lines_end, {kDashes.data(), 2});
+    if (!has_short_lines(line, found.line)) return nullptr;
+    position_ += found.line - line;
+    lines_ += found.lines_before;
+    return found.line;
+  }
+
+  static bool is_dashes(const char* line, const char* end) {
+    return end - line >= 2 && line[0] == '-' && line[1] == '-';
+  }
+
+  /// Whether every line is shorter than kTooLong: somewhere in each window of half that length a line ends.
+  static bool has_short_lines(const char* line, const char* end) {
+    while (end - line >= kTooLong) {
+      const char* feed = line + kTooLong - 2;
+      while (feed > line && *feed != '\n') --feed;
+      if (feed == line && *feed != '\n') return false;
+      line = feed + 1;
+    }
+    return true;
+  }
+
+  // ---- What a line means
+
+  void take_line(std::string_view line) {
+    const std::int64_t start = position_;
+    position_ += static_cast<std::int64_t>(line.size());
+    ++lines_;
+    std::string_view text = line;
+    if (text.ends_with('\n')) {
+      text.remove_suffix(1);
+      if (text.ends_with('\r')) text.remove_suffix(1);
+    }
+    const std::size_t level = text.starts_with(kDashes) ? delimiters_.outermost_match(text) : DelimiterSet::kNone;
+    if (level != DelimiterSet::kNone) {
+      close_multiparts(level + 1);
+      if (levels_.back().open != kNone) end_part(start, lines_ - 1);
+      begin_part(start, true);
+      return;
+    }
+    if (levels_.back().open == kNone) begin_part(start, false);
+    if (place_ == Place::headers) {
+      take_header_line(text);
+    } else if (place_ == Place::preamble && text == delimiter_) {
+      open_preamble(start);
+    }
+  }
+
+  void take_header_line(std::string_view text) {
+    const HeaderLines::State state = header_.take(text);
+    if (state == HeaderLines::State::more) return;
+    place_ = Place::text;
+    if (state == HeaderLines::State::none) return;
+    delimiter_ = header_.delimiter();
+    if (delimiter_.empty()) return;
+    place_ = Place::preamble;
+    body_start_ = position_;
+  }
+
+  void open_preamble(std::int64_t start) {
+    const std::size_t node = levels_.back().open;
+    outline_->multiparts_.push_back({body_start_, start, delimiter_, node});
+    open_multipart(separator_of(delimiter_), node);
+  }
+
+  // ---- The tree
+
+  void open_multipart(std::string_view separator, std::size_t node = kNone) {
+    // A separator that the code pages have changed beyond recognition is a matter for the plain form.
+    if (!separator.starts_with(kDashes)) is_refused_ = true;
+    delimiters_.push(separator);
+    levels_.push_back({node, kNone});
+  }
+
+  void begin_part(std::int64_t start, bool has_separator) {
+    levels_.back().open = outline_->nodes_.size();
+    const std::int64_t lines_before = lines_ - 1;
+    outline_->nodes_.push_back({{.start = start, .end = start, .lines = lines_before, .has_separator = has_separator},
+                                0,
+                                outline_->multiparts_.size()});
+    place_ = Place::headers;
+    header_.restart();
+  }
+
+  /// Ends the part being read of the innermost multipart.
+  void end_part(std::int64_t end, std::int64_t lines) {
+    Node& node = outline_->nodes_[levels_.back().open];
+    node.extent.end = end;
+    node.extent.lines = lines - node.extent.lines;
+    node.subtree_end = outline_->nodes_.size();
+  }
+
+  /// Closes multiparts until this many are open. The last part of each is never a part.
+  void close_multiparts(std::size_t remaining) {
+    while (levels_.size() > remaining) {
+      if (levels_.back().open != kNone) drop_from(levels_.back().open);
+      levels_.pop_back();
+      delimiters_.pop();
+    }
+  }
+
+  void drop_from(std::size_t node) {
+    outline_->multiparts_.resize(outline_->nodes_[node].multiparts_before);
+    outline_->nodes_.resize(node);
+  }
+
+  platform::File& file_;
+  const std::int64_t limit_;
+  std::int64_t position_;
+  std::int64_t read_position_;
+  std::shared_ptr<PartOutline> outline_;
+  mailbox::WipedStorage storage_;
+  std::int64_t held_ = 0;
+  bool is_last_ = false;
+  bool is_refused_ = false;
+  const mailbox::LineSearch search_ = mailbox::line_search(mailbox::best_search_level());
+  std::int64_t lines_ = 0;
+  DelimiterSet delimiters_;
+  std::vector<Level> levels_;
+  // The part being read.
+  Place place_ = Place::headers;
+  HeaderLines header_;
+  std::string delimiter_;
+  std::int64_t body_start_ = 0;
+};
+
+std::shared_ptr<const PartOutline> PartOutline::read(platform::File& file, std::int64_t from, std::int64_t limit,
+                                                     std::string_view separator) {
+  if (plain_splittings > 0) return nullptr;
+  return OutlineReader(file, from, limit, separator).read();
+}
+
+std::vector<mailbox::Extent> PartOutline::children(std::size_t begin, std::size_t end) const {
+  std::vector<mailbox::Extent> extents;
+  for (std::size_t i = begin; i < end; i = nodes_[i].subtree_end) extents.push_back(nodes_[i].extent);
+  return extents;
+}
+
+const PartOutline::Multipart* PartOutline::find(std::int64_t start, std::int64_t body_start,
+                                                std::string_view delimiter) const {
+  const auto found = std::lower_bound(multiparts_.begin(), multiparts_.end(), body_start,
+                                      [](const Multipart& m, std::int64_t at) { return m.body_start < at; });
+  if (found == multiparts_.end() || found->body_start != body_start || found->delimiter != delimiter) return nullptr;
+  return nodes_[found->node].extent.start == start ? &*found : nullptr;
+}
+
+PlainSplitting::PlainSplitting() { ++plain_splittings; }
+
+PlainSplitting::~PlainSplitting() { --plain_splittings; }
+
+}  // namespace vellobar::mime
