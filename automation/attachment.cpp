@@ -13,6 +13,15 @@ class AttachmentObject final : public CoreObject<AttachmentObject, IvAttachment,
  public:
   using CoreObject::CoreObject;
 
+  /// The system takes arguments that a property leaves over to the default member of the object it returned, without
+  /// looking whether there is one: an attachment may have no part.
+  STDMETHODIMP Invoke(DISPID identifier, REFIID reserved, LCID locale, WORD kind, DISPPARAMS* arguments, VARIANT* to,
+                      EXCEPINFO* exception, UINT* bad_argument) override {
+    constexpr DISPID kPart = 5;
+    if (identifier == kPart && arguments != nullptr && arguments->cArgs > 0) return DISP_E_BADPARAMCOUNT;
+    return CoreObject::Invoke(identifier, reserved, locale, kind, arguments, to, exception, bad_argument);
+  }
+
   STDMETHODIMP get_Name(BSTR* value) override { return get(value, &CAttachment::Name); }
   STDMETHODIMP put_Name(BSTR value) override { return put(value, &CAttachment::SetName); }
   STDMETHODIMP get_Type(BSTR* value) override { return get(value, &CAttachment::Type); }

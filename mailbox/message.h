@@ -51,8 +51,7 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   CMessage(const CMessage&) = delete;
   CMessage& operator=(const CMessage&) = delete;
 
-  // ---- Text storage
-  // --------------------------------------------------------------------------------------------------
+  // ---- Text storage ----
 
   /// Byte position of the first line, and just behind the last one, in the file the message is read from.
   std::int64_t StartPosition() const { return start_; }
@@ -94,8 +93,7 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// Replaces the whole message, headers included, through a temporary file.
   void SetBody(std::u16string_view body);
 
-  // ---- Headers
-  // -------------------------------------------------------------------------------------------------------
+  // ---- Headers ----
 
   /// The header block. Error 30006 when it is unreadable.
   std::shared_ptr<CHeaders> Headers();
@@ -146,16 +144,14 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   std::u16string CharSet();
   void SetCharSet(std::u16string_view charset);
 
-  // ---- Parts
-  // ---------------------------------------------------------------------------------------------------------
+  // ---- Parts ----
 
   /// The collection of parts.
   std::shared_ptr<CMessages> Parts();
   /// The delimiter line of the parts, as far as it is known.
   const std::u16string& PartsBoundary() const { return parts_boundary_; }
 
-  // ---- Decoded texts
-  // --------------------------------------------------------------------------------------------------
+  // ---- Decoded texts ----
 
   /// The decoded text of the first part that is plain text (the message itself may be it); the message's own Text when
   /// there is none.
@@ -166,14 +162,12 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// when there is no text. Errors 30012, 30004, and 30013 for an encoding without a decoder.
   std::u16string DecodedText(codecs::AttachmentEncoding encoded_as);
 
-  // ---- Attachments
-  // ---------------------------------------------------------------------------------------------------
+  // ---- Attachments ----
 
   /// The collection of attachments. Error 30005 when the message cannot be loaded.
   std::shared_ptr<CAttachments> Attachments();
 
-  // ---- For the component's own use
-  // -----------------------------------------------------------------------------------
+  // ---- For the component's own use ----
 
   /// The header block, read on first use; null when it is unreadable.
   CHeaders* load_headers();

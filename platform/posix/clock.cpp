@@ -87,7 +87,8 @@ ClockReading read_system_clock() {
   ::clock_gettime(CLOCK_REALTIME, &now);
   const int milliseconds = static_cast<int>(now.tv_nsec / 1'000'000);
   tm utc{}, local{};
-  ::tzset();
+  // Once a process: each call looks for the time zone's file again, which costs as much as parsing a date.
+  [[maybe_unused]] static const bool zone_is_set = (::tzset(), true);
   ::gmtime_r(&now.tv_sec, &utc);
   ::localtime_r(&now.tv_sec, &local);
   return {.utc = from_tm(utc, milliseconds), .local = from_tm(local, milliseconds)};

@@ -116,6 +116,13 @@ TEST_F(Dispatch, too_few_arguments_are_refused) {
   EXPECT_EQ(invoke(headers.get(), 2, DISPATCH_METHOD, {}), DISP_E_BADPARAMCOUNT);
 }
 
+TEST_F(Dispatch, arguments_for_the_part_of_an_attachment_that_has_none_are_refused) {
+  const auto attachment = make<IDispatch>(CLSID_Attachment);
+  Value part;
+  EXPECT_EQ(invoke(attachment.get(), 5, DISPATCH_PROPERTYGET, {Value(short{0}).get()}, part.receive()),
+            DISP_E_BADPARAMCOUNT);
+}
+
 TEST_F(Dispatch, arguments_that_lead_nowhere_are_refused) {
   const auto headers = make<IDispatch>(CLSID_Headers);
   EXPECT_EQ(headers->Invoke(3, IID_NULL, 0, DISPATCH_METHOD, nullptr, nullptr, nullptr, nullptr), E_INVALIDARG);
