@@ -267,6 +267,22 @@ TEST_F(Adding, uu_gives_back_every_other_file_with_the_last_group_filled_up) {
   }
 }
 
+TEST_F(Adding, a_file_without_a_last_line_end_gets_one_before_the_delimiter_and_is_not_lost) {
+  EXPECT_EQ(round_trip(files_, {"first", "second"}, 4), (std::vector<std::string>{"first\r\n", "second\r\n"}));
+}
+
+TEST(AddingToTheLastMessage, whose_text_has_no_last_line_end_keeps_text_and_attachment) {
+  tests::TemporaryFolder files;
+  Mailbox box("From a\nSubject: x\n\nno line end");
+  box.control().Lock();
+  box.message(0)->Attachments()->Add(wide(files.file("a.bin", "ABC")));
+  box.control().Update();
+  EXPECT_EQ(box.message(0)->Text(), u"no line end\r\n");
+  ASSERT_EQ(box.message(0)->Attachments()->Count(), 1);
+  box.message(0)->Attachments()->Item(0)->Save(wide(files.path("out")));
+  EXPECT_EQ(tests::read_file(files.path("out")), "ABC");
+}
+
 TEST_F(Adding, quoted_printable_gives_back_every_file_that_ends_with_a_line_end) {
   std::vector<std::string> contents;
   for (const std::size_t size : interesting_sizes()) contents.push_back(bytes_of_size(size, "\r\n"));

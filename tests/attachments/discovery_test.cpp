@@ -1,7 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <thread>
+#ifndef _WIN32
+#include <pthread.h>
+#endif
 
 #include "attachments/attachment.h"
 #include "attachments/attachments.h"
@@ -221,6 +222,8 @@ TEST(ScanText, is_off_at_first_and_counts_only_before_the_first_count) {
 TEST(ScanText, blocks_come_behind_the_mime_attachments) {
   std::string mail(kTwoAttachments);
   mail.replace(mail.find("the text\n"), 9, "begin 644 uu\n#04)#\nend\n");
+  // Were there an alternative part, the plain text would be searched in that part alone.
+  mail.replace(mail.find("alternative"), 11, "related");
   Mailbox box(mail);
   box.control().Lock();
   box.message(0)->Attachments()->SetScanText(true);
@@ -269,6 +272,36 @@ std::string nested(int levels) {
   for (int i = levels; i-- > 0;) mail += "--b" + std::to_string(i) + "e--\n";
   return mail;
 }
+
+#ifndef _WIN32
+
+/// Runs work on a thread with a stack of this size.
+template <typename Work>
+void run_on_stack(std::size_t size, Work work) {
+  pthread_attr_t attributes;
+  ASSERT_EQ(pthread_attr_init(&attributes), 0);
+  ASSERT_EQ(pthread_attr_setstacksize(&attributes, size), 0);
+  pthread_t thread;
+  const auto call = [](void* argument) -> void* {
+    (*static_cast<Work*>(argument))();
+    return nullptr;
+  };
+  ASSERT_EQ(pthread_create(&thread, &attributes, call, &work), 0);
+  ASSERT_EQ(pthread_join(thread, nullptr), 0);
+  pthread_attr_destroy(&attributes);
+}
+
+TEST(Discovery, ten_thousand_levels_are_searched_and_let_go_within_a_stack_of_256_kilobytes) {
+  Mailbox box(nested(10'000));
+  box.control().Lock();
+  run_on_stack(256 * 1024, [&box] {
+    EXPECT_EQ(box.message(0)->Attachments()->Count(), 1);
+    EXPECT_EQ(saved(*box.message(0)->Attachments()->Item(0)), "ABC");
+    box.control().Unlock();
+  });
+}
+
+#endif
 
 TEST(Discovery, an_attachment_below_fifty_levels_is_found) {
   Mailbox box(nested(50));
