@@ -69,6 +69,8 @@ class Object : public Unknown<Interface, ISupportErrorInfo> {
     if (const HRESULT result = check_arguments(arguments); FAILED(result)) return result;
     ITypeInfo* information = nullptr;
     if (const HRESULT result = type_information(__uuidof(Interface), information); FAILED(result)) return result;
+    // Some script hosts ask for an enumerator as if it were a method.
+    if (identifier == DISPID_NEWENUM && kind == DISPATCH_METHOD) kind = DISPATCH_METHOD | DISPATCH_PROPERTYGET;
     // A status without text must not pick up the text of somebody else's earlier error.
     clear_error_information();
     return information->Invoke(static_cast<Interface*>(this), identifier, kind, arguments, to, exception, bad_argument);

@@ -48,12 +48,12 @@ expectError("name of a locked mailbox", 30000, "Mailbox locked! Call Unlock() me
   mailbox.Filename = "other";
 });
 mailbox.Update();
+mailbox.Unlock();
 
 var read = files.OpenTextFile(path, 1);
 expect("file", "From b@example.org Tue Jan  2 11:00:00 2024\r\nSubject: Changed\r\nX-Script: JScript\r\n\r\n2\r\n\r\n",
        read.ReadAll());
 read.Close();
-mailbox.Unlock();
 expectError("update of an unlocked mailbox", 30010, "Mailbox not locked", function () { mailbox.Update(); });
 // A host here goes on in silence after a run-time error: only this line says that the script came to its end.
 WScript.Echo("all as expected");

@@ -100,6 +100,7 @@ Expect "tag", 42, mailbox.Messages(1).Tag
 mailbox.Update
 Expect "changed after update", False, mailbox.Changed
 Expect "count after update", 2, mailbox.Messages.Count
+mailbox.Unlock
 Expect "file after update", _
   "From ann@example.org Mon Jan  1 10:00:00 2024" & vbCrLf & _
   "From: Ann Smith <ann@example.org>" & vbCrLf & _
@@ -111,7 +112,6 @@ Expect "file after update", _
   "Subject: Third" & vbCrLf & _
   vbCrLf & _
   vbCrLf, ReadFile(path)
-mailbox.Unlock
 Expect "count after unlock", 0, mailbox.Messages.Count
 
 ' Coding
