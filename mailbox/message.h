@@ -216,6 +216,9 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// True when a client holds a part at any depth, or a collection of parts.
   bool has_held_parts() const;
 
+  /// True when these are the message's own parts or those of a part below it.
+  bool has_below(const CMessages& parts) const;
+
   /// The collection of parts as far as it was made; null before.
   CMessages* existing_parts() const { return parts_.get(); }
   /// Takes the parts out, for whoever lets go of this message and what is below it.
@@ -264,6 +267,9 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// The whole message but its parts, as a client reads it.
   std::u16string own_body() const;
   bool is_as_read();
+  /// Whether one of the collections of parts made so far, at any depth, is wanted.
+  template <typename Predicate>
+  bool has_collection_below(Predicate is_wanted) const;
   bool has_headers_of_file();
   void write_own_bytes(platform::ByteSink& sink, Place place);
 
