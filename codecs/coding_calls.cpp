@@ -17,9 +17,26 @@ std::string path_of(std::u16string_view name) {
   return path;
 }
 
+/// Passes everything on, and tells how far the source was read.
+class WatchedSink final : public platform::ByteSink {
+ public:
+  WatchedSink(platform::File& from, platform::ByteSink& to, const Progress& progress)
+      : from_(from), to_(to), progress_(progress) {}
+
+  void write(std::string_view bytes) override {
+    to_.write(bytes);
+    if (progress_) progress_(from_.read_up_to(), from_.size());
+  }
+
+ private:
+  platform::File& from_;
+  platform::ByteSink& to_;
+  const Progress& progress_;
+};
+
 }  // namespace
 
-void code_file(std::u16string_view in_file, std::u16string_view out_file,
+void code_file(std::u16string_view in_file, std::u16string_view out_file, const Progress& progress,
                const std::function<void(platform::File&, platform::ByteSink&)>& work) {
   const auto from = platform::File::open(path_of(in_file));
   if (!from) throw Error(Status::fail);
@@ -28,7 +45,8 @@ void code_file(std::u16string_view in_file, std::u16string_view out_file,
   const auto to = platform::OutputFile::create(target);
   if (!to) throw Error(Status::fail);
   try {
-    work(*from, *to);
+    WatchedSink watched(*from, *to, progress);
+    work(*from, watched);
     to->close();
   } catch (const std::system_error&) {
     throw Error(Status::fail);

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "codecs/progress.h"
+
 namespace vellobar::platform {
 class ByteSink;
 class File;
@@ -16,8 +18,9 @@ class File;
 namespace vellobar::codecs {
 
 /// Opens both files, works, and closes the target. Throws Error(Status::fail) when a name is empty, a file cannot be
-/// opened, read or written, or both names mean the same file; in the last case nothing is touched.
-void code_file(std::u16string_view in_file, std::u16string_view out_file,
+/// opened, read or written, or both names mean the same file; in the last case nothing is touched. `progress`, unless
+/// it is empty, hears of every piece that was written.
+void code_file(std::u16string_view in_file, std::u16string_view out_file, const Progress& progress,
                const std::function<void(platform::File&, platform::ByteSink&)>& work);
 
 /// The bytes of a text in the process code page. An empty text is Error(Status::fail). A code page that the platform

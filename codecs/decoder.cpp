@@ -14,27 +14,26 @@ namespace {
 
 using StreamDecoder = void (*)(platform::File&, std::int64_t, std::int64_t, platform::ByteSink&);
 
-void decode_file(std::u16string_view in_file, std::u16string_view out_file, StreamDecoder decode) {
-  code_file(in_file, out_file,
-            [decode](platform::File& from, platform::ByteSink& to) { decode(from, 0, from.size(), to); });
+std::function<void(platform::File&, platform::ByteSink&)> whole_file(StreamDecoder decode) {
+  return [decode](platform::File& from, platform::ByteSink& to) { decode(from, 0, from.size(), to); };
 }
 
 }  // namespace
 
 void CDecoder::Base64(std::u16string_view in_file, std::u16string_view out_file) const {
-  decode_file(in_file, out_file, decode_base64_stream);
+  code_file(in_file, out_file, progress_, whole_file(decode_base64_stream));
 }
 
 void CDecoder::Uudecode(std::u16string_view in_file, std::u16string_view out_file) const {
-  decode_file(in_file, out_file, decode_uu_stream);
+  code_file(in_file, out_file, progress_, whole_file(decode_uu_stream));
 }
 
 void CDecoder::QuotedPrintable(std::u16string_view in_file, std::u16string_view out_file) const {
-  decode_file(in_file, out_file, decode_quoted_printable_stream);
+  code_file(in_file, out_file, progress_, whole_file(decode_quoted_printable_stream));
 }
 
 void CDecoder::BinHex4(std::u16string_view in_file, std::u16string_view out_file) const {
-  decode_file(in_file, out_file, decode_binhex_stream);
+  code_file(in_file, out_file, progress_, whole_file(decode_binhex_stream));
 }
 
 std::vector<unsigned char> CDecoder::Base64Data(std::span<const unsigned char> in_data) const {

@@ -18,11 +18,11 @@ std::u16string_view base_name(std::u16string_view name) { return name.substr(nam
 }  // namespace
 
 void CEncoder::Base64(std::u16string_view in_file, std::u16string_view out_file) const {
-  code_file(in_file, out_file, encode_base64_stream);
+  code_file(in_file, out_file, progress_, encode_base64_stream);
 }
 
 void CEncoder::Uuencode(std::u16string_view in_file, std::u16string_view out_file) const {
-  code_file(in_file, out_file, [in_file](platform::File& from, platform::ByteSink& to) {
+  code_file(in_file, out_file, progress_, [in_file](platform::File& from, platform::ByteSink& to) {
     to.write("begin 666 " + platform::narrow(platform::process_code_page(), base_name(in_file)) + "\r\n");
     encode_uu_stream(from, to);
     to.write("end\r\n");
@@ -30,11 +30,11 @@ void CEncoder::Uuencode(std::u16string_view in_file, std::u16string_view out_fil
 }
 
 void CEncoder::QuotedPrintable(std::u16string_view in_file, std::u16string_view out_file) const {
-  code_file(in_file, out_file, encode_quoted_printable_stream);
+  code_file(in_file, out_file, progress_, encode_quoted_printable_stream);
 }
 
 void CEncoder::BinHex4(std::u16string_view in_file, std::u16string_view out_file) const {
-  code_file(in_file, out_file, [](platform::File& from, platform::ByteSink& to) {
+  code_file(in_file, out_file, progress_, [](platform::File& from, platform::ByteSink& to) {
     to.write("(This file must be converted with BinHex 4.0)\r\n:");
     encode_binhex_stream(from, to);
     to.write(":\r\n");

@@ -1,5 +1,5 @@
-// `CEncoder`: the encoders as a stand-alone object for files, byte arrays and texts. It has no state; every call is
-// complete in itself. File names and texts cross to bytes with the process code page. Every failure is
+// `CEncoder`: the encoders as a stand-alone object for files, byte arrays and texts. Every call is complete
+// in itself. File names and texts cross to bytes with the process code page. Every failure is
 // `Error(Status::fail)`: an empty name, a file that cannot be opened, read or written, the same file as source and
 // target (which then is not touched), an empty text.
 #pragma once
@@ -7,12 +7,18 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
+
+#include "codecs/progress.h"
 
 namespace vellobar::codecs {
 
 class CEncoder {
  public:
+  /// `progress` hears how far the file calls have come; it may be empty.
+  explicit CEncoder(Progress progress = {}) : progress_(std::move(progress)) {}
+
   /// Encode the whole of `in_file` into `out_file`, which is created or emptied. `Uuencode` puts a "begin 666" line
   /// with the base name of `in_file` and an "end" line around the data, `BinHex4` the banner line and colons.
   void Base64(std::u16string_view in_file, std::u16string_view out_file) const;
@@ -29,6 +35,9 @@ class CEncoder {
   std::u16string Base64Text(std::u16string_view in_text) const;
   std::u16string UuencodeText(std::u16string_view in_text) const;
   std::u16string QuotedPrintableText(std::u16string_view in_text) const;
+
+ private:
+  Progress progress_;
 };
 
 }  // namespace vellobar::codecs

@@ -2,26 +2,25 @@
 // the processor and the operating system offer; a test can force any form that they offer.
 #pragma once
 
+#include "codecs/kernels.h"
+
 namespace vellobar::codecs {
 
 enum class InstructionSet { scalar, avx2, avx512_vbmi };
 
-/// The form in force.
-InstructionSet instruction_set() noexcept;
+/// The best form that this build has and this machine can run.
+InstructionSet best_instruction_set() noexcept;
 
 /// True when this build has the form and this machine can run it.
 bool is_supported(InstructionSet set) noexcept;
 
-/// Puts a supported form in force until the object dies. For tests and measurements; not for two threads at once.
+/// Puts a form in force until the object dies; the one before stays when it is not supported.
 class ForcedInstructionSet {
  public:
   explicit ForcedInstructionSet(InstructionSet set) noexcept;
-  ~ForcedInstructionSet();
-  ForcedInstructionSet(const ForcedInstructionSet&) = delete;
-  ForcedInstructionSet& operator=(const ForcedInstructionSet&) = delete;
 
  private:
-  InstructionSet previous_;
+  ForcedKernels forced_;
 };
 
 }  // namespace vellobar::codecs

@@ -44,7 +44,19 @@ struct Kernels {
 /// The loops in force.
 const Kernels& kernels() noexcept;
 
-/// The forms. One that this build does not have is null.
+/// Puts loops in force until the object dies. For tests and measurements; not for two threads at once.
+class ForcedKernels {
+ public:
+  explicit ForcedKernels(const Kernels& forced) noexcept;
+  ~ForcedKernels();
+  ForcedKernels(const ForcedKernels&) = delete;
+  ForcedKernels& operator=(const ForcedKernels&) = delete;
+
+ private:
+  const Kernels& previous_;
+};
+
+/// The forms. One that this build, or this machine, does not have is null.
 extern const Kernels kScalarKernels;
 const Kernels* avx2_kernels() noexcept;
 const Kernels* avx512_kernels() noexcept;

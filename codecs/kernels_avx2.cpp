@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "codecs/hex_digits.h"
+#include "codecs/kernel_steps.h"
 #include "codecs/sextets.h"
 
 // Everything above is compiled for the plain processor: an inline function of a header must not leave this file with
@@ -209,12 +210,6 @@ Values look_up(__m256i letters) {
 
 bool any(__m256i bytes) { return _mm256_testz_si256(bytes, bytes) == 0; }
 
-/// Length of the line end that stands here: CR LF, LF, or none.
-std::size_t line_end_size(const unsigned char* at) {
-  if (at[0] == '\n') return 1;
-  return at[0] == '\r' && at[1] == '\n' ? 2 : 0;
-}
-
 /// Decodes full lines of letters alone, as the stream encoder makes them.
 template <typename Code>
 void decode_lines(const unsigned char* from, std::size_t size, unsigned char* to, Progress& done) {
@@ -258,25 +253,8 @@ bool decode_run(const unsigned char* from, std::size_t size, unsigned char* to, 
   return false;
 }
 
-/// What the plain form does with the rest.
-Progress finish(Progress done, Progress (*plain)(const unsigned char*, std::size_t, unsigned char*),
-                const unsigned char* from, std::size_t size, unsigned char* to) {
-  const Progress rest = plain(from + done.read, size - done.read, to + done.written);
-  return {done.read + rest.read, done.written + rest.written};
-}
-
 template <typename Code, const SextetKernels Kernels::*kPlain>
-Progress decode(const unsigned char* from, std::size_t size, unsigned char* to) {
-  Progress done;
-  for (;;) {
-    decode_lines<Code>(from, size, to, done);
-    if (!decode_run<Code>(from, size, to, done)) break;
-    const std::size_t line_end = line_end_size(from + done.read);
-    if (line_end == 0) return done;
-    done.read += line_end;
-  }
-  return finish(done, (kScalarKernels.*kPlain).decode, from, size, to);
-}
+constexpr auto decode = decode_lines_and_runs<decode_lines<Code>, decode_run<Code>, kPlain>;
 
 Progress decode_uu(const unsigned char* from, std::size_t size, unsigned char* to) {
   Progress done;
@@ -285,7 +263,7 @@ Progress decode_uu(const unsigned char* from, std::size_t size, unsigned char* t
     done.read += kLettersAStep;
     done.written += kBytesAStep;
   }
-  return finish(done, kScalarKernels.uuencode.decode, from, size, to);
+  return go_on(done, kScalarKernels.uuencode.decode, from, size, to);
 }
 
 Progress decode_uu_lines(const unsigned char* from, std::size_t size, unsigned char* to) {
@@ -304,7 +282,7 @@ Progress decode_uu_lines(const unsigned char* from, std::size_t size, unsigned c
     done.read += 1 + kLetters + line_end;
     done.written += kUuLineBytes;
   }
-  return finish(done, kScalarKernels.decode_uu_lines, from, size, to);
+  return go_on(done, kScalarKernels.decode_uu_lines, from, size, to);
 }
 
 /// Where the characters of eight bytes come from when those in a mask are escaped. Entries 0 to 7 name a byte or the
@@ -326,24 +304,32 @@ constexpr EscapeOrder escape_order() {
 }
 constexpr EscapeOrder kEscapeOrder = escape_order();
 
+/// How many of eight bytes count, and how many characters they make.
+struct Counted {
+  std::size_t bytes;
+  std::size_t characters;
+};
+
+Counted count_before(unsigned returns, unsigned escaped) {
+  const auto bytes = static_cast<unsigned>(std::countr_zero(returns));
+  const unsigned counted = escaped & ((1U << bytes) - 1);
+  return {bytes, bytes + 2 * static_cast<std::size_t>(std::popcount(counted))};
+}
+
 /// Eight bytes at a time: all their characters are stored, and as many count as lie before a CR. Where the line could
 /// end inside the eight, the plain form goes on.
 Progress encode_quoted_printable(const unsigned char* from, std::size_t size, std::size_t room, unsigned char* to) {
   constexpr std::size_t kBytes = 8;
-  constexpr std::size_t kStored = 32;
+  constexpr std::size_t kBytesForRoom = 11;  // 32 characters are stored, and each byte has room for three
   const __m128i digits = load_half(kHexDigits);
   const __m128i nibble = _mm_set1_epi8(15);
+  const __m128i equals = _mm_set1_epi8('=');
   Progress done;
-  while (size - done.read >= kStored / 3 + 1) {
+  while (size - done.read >= kBytesForRoom) {
     const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from + done.read));
-    const __m128i equals = _mm_set1_epi8('=');
     const auto escaped =
-        static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(bytes, _mm_cmpeq_epi8(bytes, equals))) & 0xFF);
-    const auto returns = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('\r'))) | 0x100);
-    const auto count = static_cast<unsigned>(std::countr_zero(returns));
-    const unsigned counted = escaped & ((1U << count) - 1);
-    const std::size_t characters = count + 2 * static_cast<std::size_t>(std::popcount(counted));
-    if (done.written + characters > room) break;
+        static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(bytes, _mm_cmpeq_epi8(bytes, equals)))) & 0xFF;
+    const auto returns = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('\r'))));
     const __m128i plain = _mm_blendv_epi8(bytes, equals, bytes);
     const __m128i first = _mm_shuffle_epi8(digits, _mm_and_si128(_mm_srli_epi16(bytes, 4), nibble));
     const __m128i second = _mm_shuffle_epi8(digits, _mm_and_si128(bytes, nibble));
@@ -352,9 +338,16 @@ Progress encode_quoted_printable(const unsigned char* from, std::size_t size, st
     store(to + done.written,
           _mm256_or_si256(_mm256_shuffle_epi8(_mm256_broadcastsi128_si256(_mm_unpacklo_epi64(plain, first)), order),
                           _mm256_shuffle_epi8(_mm256_broadcastsi128_si256(second), second_order)));
-    done.read += count;
+    if (returns != 0) {
+      const Counted counted = count_before(returns, escaped);
+      if (done.written + counted.characters > room) break;
+      return {done.read + counted.bytes, done.written + counted.characters};
+    }
+    // Not by way of `count_before`: the next address must not wait for what is found here.
+    const std::size_t characters = kBytes + 2 * static_cast<std::size_t>(std::popcount(escaped));
+    if (done.written + characters > room) break;
+    done.read += kBytes;
     done.written += characters;
-    if (count < kBytes) return done;
   }
   const Progress rest = kScalarKernels.encode_quoted_printable(from + done.read, size - done.read, room - done.written,
                                                                to + done.written);
@@ -398,7 +391,7 @@ Progress decode_quoted_printable(const unsigned char* from, std::size_t size, un
     }
     done.read += taken;
   }
-  return finish(done, kScalarKernels.decode_quoted_printable, from, size, to);
+  return go_on(done, kScalarKernels.decode_quoted_printable, from, size, to);
 }
 
 const Kernels kAvx2Kernels = {

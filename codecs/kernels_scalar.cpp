@@ -1,3 +1,6 @@
+#include <array>
+#include <cstring>
+
 #include "codecs/hex_digits.h"
 #include "codecs/kernels.h"
 #include "codecs/sextets.h"
@@ -6,14 +9,25 @@ namespace vellobar::codecs {
 
 namespace {
 
+/// The two letters of twelve bits: half the look-ups of one letter at a time.
+using LetterPairs = std::array<std::array<unsigned char, 2>, 64 * 64>;
+
+constexpr LetterPairs letter_pairs(const SextetCode& code) {
+  LetterPairs pairs{};
+  for (std::size_t bits = 0; bits < pairs.size(); ++bits)
+    pairs[bits] = {code.letters[bits / 64], code.letters[bits % 64]};
+  return pairs;
+}
+
+template <const SextetCode& kCode>
+constexpr LetterPairs kLetterPairs = letter_pairs(kCode);
+
 template <const SextetCode& kCode>
 void encode(const unsigned char* from, std::size_t groups, unsigned char* to) {
   for (; groups > 0; --groups, from += 3, to += 4) {
     const unsigned bits = static_cast<unsigned>(from[0] << 16 | from[1] << 8 | from[2]);
-    to[0] = kCode.letters[bits >> 18];
-    to[1] = kCode.letters[bits >> 12 & 63];
-    to[2] = kCode.letters[bits >> 6 & 63];
-    to[3] = kCode.letters[bits & 63];
+    std::memcpy(to, kLetterPairs<kCode>[bits >> 12].data(), 2);
+    std::memcpy(to + 2, kLetterPairs<kCode>[bits & 0xFFF].data(), 2);
   }
 }
 
@@ -84,18 +98,23 @@ Progress encode_quoted_printable(const unsigned char* from, std::size_t size, st
   return done;
 }
 
+/// Characters before the next "=".
+std::size_t plain_size(const unsigned char* from, std::size_t size) {
+  const void* sign = size > 0 ? std::memchr(from, '=', size) : nullptr;
+  return sign == nullptr ? size : static_cast<std::size_t>(static_cast<const unsigned char*>(sign) - from);
+}
+
 Progress decode_quoted_printable(const unsigned char* from, std::size_t size, unsigned char* to) {
   Progress done;
   while (done.read < size) {
-    const unsigned char byte = from[done.read];
-    if (byte != '=') {
-      to[done.written++] = byte;
-      ++done.read;
-      continue;
+    if (from[done.read] != '=') {
+      const std::size_t plain = plain_size(from + done.read, size - done.read);
+      std::memcpy(to + done.written, from + done.read, plain);
+      done.read += plain;
+      done.written += plain;
     }
     if (size - done.read < 3) break;
-    const unsigned char first = from[done.read + 1], second = from[done.read + 2];
-    const unsigned value = kHexPairs.high[first] | kHexPairs.low[second];
+    const unsigned value = kHexPairs.high[from[done.read + 1]] | kHexPairs.low[from[done.read + 2]];
     if (value > 255 && value != kSoftBreak) break;
     to[done.written] = static_cast<unsigned char>(value);
     done.written += value <= 255 ? 1 : 0;

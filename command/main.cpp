@@ -20,6 +20,9 @@ int run(int count, char** arguments) {
   program.require_subcommand(1);
   add_list(program);
   add_show(program);
+  add_attachments(program);
+  add_new(program);
+  add_coding(program);
   try {
     program.parse(count, arguments);
   } catch (const CLI::ParseError& error) {

@@ -5,6 +5,7 @@
 
 #include "command/failure.h"
 #include "errors/error.h"
+#include "mailbox/messages.h"
 #include "mailbox/vellobar.h"
 #include "platform/code_page.h"
 
@@ -33,6 +34,15 @@ void lock_mailbox(CVellobar& control, const std::string& path) {
     if (error.number() != ErrorNumber::cannot_open_mailbox) throw;
     throw Failure("cannot open mailbox " + path + ": " + why_unreadable(path));
   }
+}
+
+std::shared_ptr<CMessage> message_at(CVellobar& control, std::int64_t index, const std::string& path) {
+  const std::int64_t count = control.Messages()->Count();
+  if (index < 0 || index >= count) {
+    throw Failure("there is no message " + std::to_string(index) + ": " + path + " holds " + std::to_string(count) +
+                  (count == 1 ? " message" : " messages") + ", counted from 0");
+  }
+  return control.Messages()->Item(index);
 }
 
 }  // namespace vellobar::command

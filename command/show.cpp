@@ -1,9 +1,12 @@
-// `vellobar show FILE INDEX`: one message.
+// `vellobar show FILE INDEX`: one message as a person wants it, its headers, text, parts and attachments.
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <memory>
+#include <string>
+#include <vector>
 
-#include "command/failure.h"
+#include "attachments/attachment.h"
+#include "attachments/attachments.h"
 #include "command/path.h"
 #include "command/terminal.h"
 #include "command/verbs.h"
@@ -12,6 +15,7 @@
 #include "mailbox/messages.h"
 #include "mailbox/vellobar.h"
 #include "mime/encoded_word.h"
+#include "platform/code_page.h"
 
 namespace vellobar::command {
 
@@ -31,25 +35,85 @@ void show_headers(CMessage& message) {
   }
 }
 
+/// A part's text in the charset that the part itself names.
+std::u16string text_of_part(CMessage& part, std::u16string (CMessage::*decoded_text)()) {
+  if (!part.ContentTransferEncoding().empty()) return (part.*decoded_text)();
+  const std::u16string text = part.Text();
+  const std::u16string read = platform::widen(part.code_page(), platform::narrow(platform::process_code_page(), text));
+  return read.empty() ? text : read;
+}
+
+std::u16string readable_text(CMessage& message) {
+  if (CMessage* plain = message.find_part(u"text/plain")) return text_of_part(*plain, &CMessage::PlainText);
+  if (CMessage* html = message.find_part(u"text/html")) return text_of_part(*html, &CMessage::HTMLText);
+  return text_of_part(message, &CMessage::PlainText);
+}
+
+void show_text(CMessage& message) {
+  const std::string text = shown_text(readable_text(message));
+  std::printf("\n%s%s", text.c_str(), text.ends_with('\n') ? "" : "\n");
+}
+
+/// A part as a line of the tree: its place below the message ("1.0"), its content type and its size.
+void show_part(CMessage& part, const std::string& place) {
+  const std::u16string type = part.ContentType();
+  std::printf("  %s %s, %lld bytes\n", place.c_str(),
+              type.empty() ? "no type" : shown_line(type.substr(0, type.find(u';'))).c_str(),
+              static_cast<long long>(part.Size()));
+}
+
+/// The tree is walked with a stack of its own: mail can nest deeper than the program's.
+void show_tree(CMessage& message) {
+  struct Level {
+    std::shared_ptr<CMessages> parts;
+    std::int64_t next;
+    std::string place;
+  };
+  if (message.Parts()->Count() == 0) return;
+  std::printf("\nParts:\n");
+  std::vector<Level> levels{{message.Parts(), 0, ""}};
+  while (!levels.empty()) {
+    Level& level = levels.back();
+    if (level.next == level.parts->Count()) {
+      levels.pop_back();
+      continue;
+    }
+    const std::shared_ptr<CMessage> part = level.parts->Item(level.next);
+    const std::string place = level.place + std::to_string(level.next++);
+    show_part(*part, place);
+    levels.push_back({part->Parts(), 0, place + "."});
+  }
+}
+
+void show_attachments(CMessage& message) {
+  const std::shared_ptr<CAttachments> attachments = message.Attachments();
+  if (attachments->Count() == 0) return;
+  std::printf("\nAttachments:\n");
+  for (std::int64_t i = 0; i < attachments->Count(); ++i) {
+    const std::shared_ptr<CAttachment> attachment = attachments->Item(i);
+    std::printf("  %lld %s (%s, about %lld bytes)\n", static_cast<long long>(i),
+                attachment->Name().empty() ? "without a name" : shown_line(attachment->Name()).c_str(),
+                shown_line(attachment->Type()).c_str(), static_cast<long long>(attachment->Size()));
+  }
+}
+
 void show(const ShowOptions& options) {
   CVellobar control;
   lock_mailbox(control, options.file);
-  const std::int64_t count = control.Messages()->Count();
-  if (options.index < 0 || options.index >= count) {
-    throw Failure("there is no message " + std::to_string(options.index) + ": " + options.file + " holds " +
-                  std::to_string(count) + (count == 1 ? " message" : " messages") + ", counted from 0");
-  }
-  const std::shared_ptr<CMessage> message = control.Messages()->Item(options.index);
+  const std::shared_ptr<CMessage> message = message_at(control, options.index, options.file);
   show_headers(*message);
   if (options.headers_only) return;
-  std::printf("\n%s", shown_text(message->Text()).c_str());
+  show_text(*message);
+  show_tree(*message);
+  show_attachments(*message);
 }
 
 }  // namespace
 
 void add_show(CLI::App& program) {
   const auto options = std::make_shared<ShowOptions>();
-  CLI::App* verb = program.add_subcommand("show", "Print a message with its headers decoded");
+  CLI::App* verb =
+      program.add_subcommand("show", "Print a message: its headers, its text, its parts and its attachments");
   verb->add_option("FILE", options->file, "The mailbox")->required();
   verb->add_option("INDEX", options->index, "The message, counted from 0")->required();
   verb->add_flag("--headers", options->headers_only, "Print the headers only");

@@ -25,7 +25,7 @@ struct NamedCodePage {
     {"GBK", 936},           {"GB2312", 936},       {"BIG5", 950},         {"EUC-KR", 949},
 };
 
-int terminal_code_page() {
+int find_terminal_code_page() {
 #ifndef _WIN32
   std::setlocale(LC_CTYPE, "");
   const std::string_view name = nl_langinfo(CODESET);
@@ -36,14 +36,16 @@ int terminal_code_page() {
   return platform::kUtf8CodePage;
 }
 
-std::string encode(std::u16string_view text) {
-  static const int code_page = terminal_code_page();
-  return platform::narrow(code_page, text);
-}
+std::string encode(std::u16string_view text) { return platform::narrow(terminal_code_page(), text); }
 
 bool is_control(char16_t c) { return c < 0x20 || (c >= 0x7F && c < 0xA0); }
 
 }  // namespace
+
+int terminal_code_page() {
+  static const int code_page = find_terminal_code_page();
+  return code_page;
+}
 
 std::string shown_line(std::u16string_view text) {
   std::u16string line(text);

@@ -7,6 +7,9 @@
 
 namespace vellobar::command {
 
+/// The code page of the locale: of text at the terminal, of arguments, and of file names.
+int terminal_code_page();
+
 /// Text of one line: line ends and other control characters show as one blank each.
 std::string shown_line(std::u16string_view text);
 

@@ -7,7 +7,10 @@ class App;
 
 namespace vellobar::command {
 
+void add_coding(CLI::App& program);
 void add_list(CLI::App& program);
 void add_show(CLI::App& program);
+void add_attachments(CLI::App& program);
+void add_new(CLI::App& program);
 
 }  // namespace vellobar::command

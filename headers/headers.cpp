@@ -32,6 +32,11 @@ class WantedName {
   explicit WantedName(std::u16string_view name)
       : ascii_(platform::is_printable_ascii(name)), folded_(platform::fold_case(name)) {}
 
+  /// For a name of printable ASCII.
+  explicit WantedName(std::string_view name) : ascii_(true), folded_(name.size(), u'\0') {
+    std::transform(name.begin(), name.end(), folded_.begin(), platform::lower_ascii<char>);
+  }
+
   bool matches(std::string_view name) const {
     if (ascii_ && platform::is_printable_ascii(name)) return equal_without_case(name, folded_);
     return platform::equal_in_user_locale(platform::fold_case(widen(name)), folded_);
@@ -106,15 +111,21 @@ bool CHeaders::Exists(std::u16string_view name) const { return find(name) != npo
 
 std::size_t CHeaders::find(std::u16string_view name, std::size_t from) const {
   const WantedName wanted(name);
-  const auto begin = items_.begin() + static_cast<std::ptrdiff_t>(std::min(from, items_.size()));
-  const auto found = std::find_if(begin, items_.end(), [&](const Entry& entry) {
-    return entry.object ? wanted.matches(entry.object->Name()) : wanted.matches(stored_name(entry));
-  });
-  return found == items_.end() ? npos : static_cast<std::size_t>(found - items_.begin());
+  return find_from(from, [&](const auto& held) { return wanted.matches(held); });
 }
 
 std::size_t CHeaders::find(std::string_view ascii_name, std::size_t from) const {
-  return find(std::u16string(ascii_name.begin(), ascii_name.end()), from);
+  const WantedName wanted(ascii_name);
+  return find_from(from, [&](const auto& held) { return wanted.matches(held); });
+}
+
+template <typename Matches>
+std::size_t CHeaders::find_from(std::size_t from, Matches matches) const {
+  const auto begin = items_.begin() + static_cast<std::ptrdiff_t>(std::min(from, items_.size()));
+  const auto found = std::find_if(begin, items_.end(), [&](const Entry& entry) {
+    return entry.object ? matches(std::u16string_view(entry.object->Name())) : matches(stored_name(entry));
+  });
+  return found == items_.end() ? npos : static_cast<std::size_t>(found - items_.begin());
 }
 
 std::u16string CHeaders::ToString() const { return widen(to_bytes_in_process_code_page()); }

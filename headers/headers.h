@@ -91,6 +91,8 @@ class CHeaders {
   std::u16string value_of(const Entry& entry) const;
   std::string to_bytes_in_process_code_page() const;
   std::shared_ptr<CHeader> object_at(std::size_t position);
+  template <typename Matches>
+  std::size_t find_from(std::size_t from, Matches matches) const;
   std::size_t checked(std::int64_t position) const;
   std::size_t checked(std::u16string_view name) const;
 

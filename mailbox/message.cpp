@@ -45,6 +45,7 @@ CMessage::CMessage(OwnerLink owner, CMessages* collection, std::shared_ptr<platf
       collection_(collection) {}
 
 CMessage::~CMessage() {
+  drop_attachments();
   drop_parts();
   file_.reset();
   delete_temporary_file(kTextFile);
@@ -114,6 +115,7 @@ void CMessage::Unload() {
 }
 
 void CMessage::drop_content() {
+  drop_attachments();
   drop_body();
   headers_.reset();
 }

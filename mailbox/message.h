@@ -1,7 +1,11 @@
 // A message of a mailbox, a part of a message, or a message that stands alone: one record for all three. The record
 // knows where its text lies in an open file; headers and body are read when somebody asks for them. Its sections are
 // implemented in the folders that own their rules: text storage in mailbox/, named headers, dates and addresses in
+<<<<<<< HEAD
 // headers/, parts and decoded texts in mime/.
+=======
+// headers/, attachments in attachments/.
+>>>>>>> main
 //
 // A message shares the file it reads from; when that file is closed it reads as empty. `collection` and the owner are
 // ways back that the other side clears.
@@ -22,6 +26,7 @@
 
 namespace vellobar {
 
+class CAttachments;
 class CHeaders;
 class CMessages;
 
@@ -50,8 +55,7 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   CMessage(const CMessage&) = delete;
   CMessage& operator=(const CMessage&) = delete;
 
-  // ---- Text storage
-  // --------------------------------------------------------------------------------------------------
+  // ---- Text storage ----
 
   /// Byte position of the first line, and just behind the last one, in the file the message is read from.
   std::int64_t StartPosition() const { return start_; }
@@ -93,8 +97,7 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// Replaces the whole message, headers included, through a temporary file.
   void SetBody(std::u16string_view body);
 
-  // ---- Headers
-  // -------------------------------------------------------------------------------------------------------
+  // ---- Headers ----
 
   /// The header block. Error 30006 when it is unreadable.
   std::shared_ptr<CHeaders> Headers();
@@ -145,16 +148,14 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   std::u16string CharSet();
   void SetCharSet(std::u16string_view charset);
 
-  // ---- Parts
-  // ---------------------------------------------------------------------------------------------------------
+  // ---- Parts ----
 
   /// The collection of parts.
   std::shared_ptr<CMessages> Parts();
   /// The delimiter line of the parts, as far as it is known.
   const std::u16string& PartsBoundary() const { return parts_boundary_; }
 
-  // ---- Decoded texts
-  // --------------------------------------------------------------------------------------------------
+  // ---- Decoded texts ----
 
   /// The decoded text of the first part that is plain text (the message itself may be it); the message's own Text when
   /// there is none.
@@ -165,8 +166,12 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// when there is no text. Errors 30012, 30004, and 30013 for an encoding without a decoder.
   std::u16string DecodedText(codecs::AttachmentEncoding encoded_as);
 
-  // ---- For the component's own use
-  // -----------------------------------------------------------------------------------
+  // ---- Attachments ----
+
+  /// The collection of attachments. Error 30005 when the message cannot be loaded.
+  std::shared_ptr<CAttachments> Attachments();
+
+  // ---- For the component's own use ----
 
   /// The header block, read on first use; null when it is unreadable.
   CHeaders* load_headers();
@@ -178,6 +183,10 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   void set_header_value(std::string_view name, std::u16string_view value);
   /// The Windows code page of the message's own charset name; 0 when it names none that counts.
   int code_page();
+
+  /// The file the text is read from, if any, and where the body begins in it once the headers were loaded.
+  const std::shared_ptr<platform::File>& file() const { return file_; }
+  std::int64_t body_offset() const { return body_offset_; }
 
   /// The message itself or the part below it that carries this content type, searched depth first; null when there is
   /// none. The part is kept by its collection.
@@ -236,11 +245,14 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   void become_multipart_for_added_part();
   /// Stores MailInfo without telling anybody; what is loaded later does not replace it.
   void store_mail_info(std::u16string_view mail_info);
+  /// Notes the temporary file that an added attachment reads from; only Unload deletes it.
+  void keep_attachment_file(std::string path) { temporary_files_[kAttachmentFile] = std::move(path); }
 
  private:
   /// Slots of `temporary_files_`.
   static constexpr std::size_t kTextFile = 0;
   static constexpr std::size_t kBodyFile = 1;
+  static constexpr std::size_t kAttachmentFile = 2;
 
   void load_body();
   void split_parts(std::int64_t from);
@@ -255,6 +267,7 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   void drop_content();
   void drop_body();
   void drop_parts();
+  void drop_attachments();
   void close_own_file();
   void delete_temporary_file(std::size_t slot);
   void write_to_file(const std::string& path);
@@ -297,6 +310,7 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   bool has_misplaced_parts_ = false;  ///< the parts do not lie where their positions say, or are not all there
   std::u16string parts_boundary_;
   std::shared_ptr<CMessages> parts_;
+  std::shared_ptr<CAttachments> attachments_;
   std::shared_ptr<const mime::PartOutline> outline_;
 };
 

@@ -38,6 +38,25 @@ std::string delimiter_of(const CMessages& parts) {
   return platform::narrow(platform::process_code_page(), parts.separator());
 }
 
+/// Passes everything on, and can make sure that what follows begins a line: behind a text without a line end (a last
+/// line of a mailbox, a file added as it stands) a delimiter would not be one, and its part would be lost.
+class LineSink final : public platform::ByteSink {
+ public:
+  explicit LineSink(platform::ByteSink& to) : to_(to) {}
+
+  void write(std::string_view bytes) override {
+    if (!bytes.empty()) is_in_line_ = bytes.back() != '\n';
+    to_.write(bytes);
+  }
+  void end_line() {
+    if (is_in_line_) write(kLineEnd);
+  }
+
+ private:
+  platform::ByteSink& to_;
+  bool is_in_line_ = false;
+};
+
 }  // namespace
 
 void CMessage::Save(std::u16string_view filename) {
@@ -71,15 +90,18 @@ void CMessage::write(platform::ByteSink& sink, Place place, bool keeps) {
   struct Writer final : mailbox::TreeVisitor {
     explicit Writer(platform::ByteSink& to) : sink(to) {}
     bool visit(CMessage& message, Place at) override { return message.write_own_text(sink, at); }
-    void part_begins(const CMessages& parts) override {
-      if (has_delimiters(parts)) sink.write(delimiter_of(parts).append(kLineEnd));
-    }
+    void part_begins(const CMessages& parts) override { write_delimiter(parts, kLineEnd); }
     void parts_end(const CMessages& parts) override {
-      if (has_delimiters(parts)) sink.write(delimiter_of(parts).append("--\r\n"));
+      write_delimiter(parts, "--\r\n");
       sink.write(kLineEnd);
     }
+    void write_delimiter(const CMessages& parts, std::string_view end) {
+      if (!has_delimiters(parts)) return;
+      sink.end_line();
+      sink.write(delimiter_of(parts).append(end));
+    }
 
-    platform::ByteSink& sink;
+    LineSink sink;
   };
   if (keeps) load_tree();
   Writer writer(sink);

@@ -164,7 +164,7 @@ void CMessages::append(std::shared_ptr<CMessage> message) {
 void CMessages::Remove(const CMessage& message) {
   const std::int64_t position = position_of(message);
   if (position < 0) throw Error(Status::invalid_argument);
-  const auto place = items_.begin() + position;
+  const auto place = items_.begin() + static_cast<std::ptrdiff_t>(position);
   remember_removed(place->extent);
   items_.erase(place);
   mark_changed(owner_);

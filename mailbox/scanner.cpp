@@ -77,7 +77,7 @@ class Scan {
         options_(options),
         search_(line_search(options.search)),
         separator_is_plain_(!separator.empty() && separator.find_first_of("\r\n") == std::string_view::npos),
-        prefix_kept_(separator.size() + 2),
+        prefix_kept_(separator.size() + 1),
         block_offset_((prefix_kept_ + WipedStorage::kAlignment - 1) & ~(WipedStorage::kAlignment - 1)),
         tally_(from, limit, sink),
         read_position_(from),
@@ -214,7 +214,7 @@ class Scan {
   const ScanOptions& options_;
   const LineSearch search_;
   const bool separator_is_plain_;
-  /// With two bytes more than the separator, whatever the line end is the text is long enough.
+  /// One byte more than the separator: a carriage return there, taken for a part of the line end, leaves the separator.
   const std::size_t prefix_kept_;
   /// Where in the storage a block is read to, right behind the kept bytes. Aligned, because the system copies to an
   /// aligned address up to five times as fast.

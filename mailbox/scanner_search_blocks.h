@@ -19,18 +19,6 @@ struct BlockMasks {
   std::uint64_t first_bytes;
 };
 
-inline std::int64_t count_bits(std::uint64_t mask) {
-#if defined(__POPCNT__)
-  return __builtin_popcountll(mask);
-#else
-  // Without the instruction the compiler would call a function here, which costs as much as the rest of a block.
-  mask -= mask >> 1 & 0x5555555555555555;
-  mask = (mask & 0x3333333333333333) + (mask >> 2 & 0x3333333333333333);
-  mask = (mask + (mask >> 4)) & 0x0F0F0F0F0F0F0F0F;
-  return static_cast<std::int64_t>((mask * 0x0101010101010101) >> 56);
-#endif
-}
-
 /// The first candidate at which the prefix stands; `end` when none does. Bit i of `candidates` stands for block[i].
 inline const char* matching_candidate(const char* block, std::uint64_t candidates, const char* end, LinePrefix prefix) {
   for (; candidates != 0; candidates &= candidates - 1) {
@@ -52,20 +40,18 @@ inline FoundLine search_blocks(const char* begin, const char* end, LinePrefix pr
     if (end - block >= kBlock) {
       masks = Compare::masks(block, first_byte);
     } else {
-      const std::int64_t rest = end - block;
       char last[kBlock] = {};
-      std::memcpy(last, block, static_cast<std::size_t>(rest));
+      std::memcpy(last, block, static_cast<std::size_t>(end - block));
       masks = Compare::masks(last, first_byte);
-      masks.first_bytes &= (std::uint64_t{1} << rest) - 1;
     }
     const std::uint64_t candidates = (masks.line_feeds << 1 | line_starts_next) & masks.first_bytes;
     line_starts_next = masks.line_feeds >> (kBlock - 1);
     const char* match = candidates == 0 ? end : matching_candidate(block, candidates, end, prefix);
     if (match != end) {
       const std::uint64_t before = (std::uint64_t{1} << (match - block)) - 1;
-      return {match, lines + count_bits(masks.line_feeds & before)};
+      return {match, lines + __builtin_popcountll(masks.line_feeds & before)};
     }
-    lines += count_bits(masks.line_feeds);
+    lines += __builtin_popcountll(masks.line_feeds);
   }
   return {end, lines};
 }

@@ -51,6 +51,22 @@ class CVellobar {
   /// file is then as it was, and the control stays locked with its messages and edits.
   void Update();
 
+  // Builders, implemented in compose/. Each writes one new message to the file `save_as`, which it replaces; the
+  // mailbox has no part in it. Error 30002 when that file cannot be written or is the locked mailbox itself. A file to
+  // attach that cannot be opened: error 30011, 30007 for an empty name; nothing is written then.
+
+  void CreateSimpleMessage(std::u16string_view save_as, std::u16string_view from, std::u16string_view to,
+                           std::u16string_view subject, std::u16string_view text);
+  void CreateTextHtmlMessage(std::u16string_view save_as, std::u16string_view from, std::u16string_view to,
+                             std::u16string_view subject, std::u16string_view plain_text,
+                             std::u16string_view html_text);
+  void CreateSimpleAttachmentMessage(std::u16string_view save_as, std::u16string_view from, std::u16string_view to,
+                                     std::u16string_view subject, std::u16string_view text,
+                                     std::u16string_view attachment);
+  void CreateTextHtmlAttachmentMessage(std::u16string_view save_as, std::u16string_view from, std::u16string_view to,
+                                       std::u16string_view subject, std::u16string_view plain_text,
+                                       std::u16string_view html_text, std::u16string_view attachment);
+
   static std::u16string_view Version() { return u"2.2.6.119"; }
 
   /// Process-wide; stored and read back only.

@@ -41,14 +41,14 @@ std::string decode_word_text(std::string_view encoded, WordEncoding encoding) {
 /// Decodes one header value pass by pass: a pass removes a fold or decodes a word.
 class Decoding {
  public:
-  explicit Decoding(std::string_view value) : text_(value) {}
+  explicit Decoding(std::string_view value) : text_(value), most_(most_decoded_bytes(value.size())) {}
 
   DecodedValue run() {
     bool goes_on = true;
     while (goes_on) {
       const bool fixes_utf7 = text_.holds(Pattern::unicode_utf7);
       choose_code_page();
-      goes_on = decode_once();
+      goes_on = decode_once(fixes_utf7);
       if (goes_on && fixes_utf7 && text_.holds(Pattern::plus)) fix_utf7_run();
     }
     return {text_.take(), code_page_};
@@ -68,15 +68,15 @@ class Decoding {
   }
 
   /// False when there is nothing left to decode.
-  bool decode_once() {
+  bool decode_once(bool fixes_utf7) {
     if (text_.holds(Pattern::tab_fold)) {
       text_.replace(text_.first(Pattern::tab_fold), kTabFold.size(), {});
       return true;
     }
-    return text_.holds(Pattern::word) && decode_word(text_.first(Pattern::word));
+    return text_.holds(Pattern::word) && decode_word(text_.first(Pattern::word), fixes_utf7);
   }
 
-  bool decode_word(std::size_t position) {
+  bool decode_word(std::size_t position, bool fixes_utf7) {
     const std::string_view word = text_.from(position);
     const std::optional<WordHead> head = find_word_head(word);
     if (!head) return false;
@@ -85,8 +85,7 @@ class Decoding {
     std::string decoded = decode_word_text(word.substr(head->text, end - head->text), head->encoding);
     if (!may_put(decoded)) return false;
     const std::size_t length = end + kWordEnd.size();
-    const bool may_begin_another = head->encoding == WordEncoding::quoted_printable && decoded.find(kWordStart) != npos;
-    if (!may_begin_another) {
+    if (fixes_utf7 || head->encoding != WordEncoding::quoted_printable || decoded.find(kWordStart) == npos) {
       text_.replace(position, length, decoded);
       return true;
     }
@@ -117,12 +116,13 @@ class Decoding {
   /// False when the value bursts.
   bool may_put(std::string_view decoded) {
     put_ += decoded.size();
-    return put_ <= kMostDecodedBytes;
+    return put_ <= most_;
   }
 
   WorkingText text_;
   int code_page_ = 0;
   std::size_t put_ = 0;
+  std::size_t most_;
 };
 
 }  // namespace

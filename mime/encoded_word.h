@@ -4,6 +4,7 @@
 // over the whole value for each word.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -17,10 +18,10 @@ struct DecodedValue {
 
 /// Decodes the encoded words of a value (bytes in the process code page) and removes its TAB-led folds. A malformed
 /// word ends the decoding and stays as it stands. So does, against mail made to burst, a value whose words have decoded
-/// to more than `kMostDecodedBytes` altogether.
+/// to more than `most_decoded_bytes` altogether.
 DecodedValue decode_encoded_words(std::string_view value);
 
-inline constexpr std::size_t kMostDecodedBytes = std::size_t{256} << 20;
+constexpr std::size_t most_decoded_bytes(std::size_t value_size) { return (std::size_t{64} << 20) + 16 * value_size; }
 
 /// The same, widened. A code page that the platform lacks gives an empty text.
 std::u16string decode_header_value(std::string_view value);

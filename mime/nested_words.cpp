@@ -39,6 +39,10 @@ bool begins_with_prefix(std::string_view text) {
                      [&](std::string_view prefix) { return starts_with_ignoring_case(text, prefix); });
 }
 
+bool begins_with_any_prefix(std::string_view text) {
+  return begins_with_prefix(text) || starts_with_ignoring_case(text, kUnicodeUtf7Prefix);
+}
+
 /// Where the last charset prefix of a text begins; npos when there is none.
 std::size_t last_prefix(std::string_view text) {
   for (std::size_t at = text.rfind(kWordStart); at != npos; at = at == 0 ? npos : text.rfind(kWordStart, at - 1)) {
@@ -56,9 +60,21 @@ bool holds_prefix(const WorkingText& text) {
 std::size_t plain_end(std::string_view behind, char before) {
   if (before == '\r' || before == '\n' || (before == '?' && behind.starts_with('='))) return npos;
   const std::size_t end = behind.find(kWordEnd);
-  if (end == npos || behind.substr(end + kWordEnd.size()).starts_with('?')) return npos;
+  if (end == npos || begins_with_any_prefix(behind.substr(end + 1))) return npos;
   constexpr std::string_view kNotPlain("=\r\n\t\0", 5);
   return behind.substr(0, end).find_first_of(kNotPlain) == npos ? end : npos;
+}
+
+/// True when the text that is added to the end of `inside` completes a charset prefix there.
+bool completes_prefix(std::string_view inside, std::string_view added) {
+  // An older beginning is too far away to be completed.
+  inside = inside.substr(inside.size() - std::min(inside.size(), kUnicodeUtf7Prefix.size() - 1));
+  const std::size_t start = inside.rfind(kWordStart);
+  if (start == npos) return false;
+  const std::string tail =
+      std::string(inside.substr(start)) + std::string(added.substr(0, kUnicodeUtf7Prefix.size())) + '?';
+  const bool is_complete = begins_with_prefix(inside.substr(start));
+  return !is_complete && begins_with_any_prefix(tail);
 }
 
 bool meets_plainly(const WorkingText& text, std::size_t position) {
@@ -82,6 +98,7 @@ std::size_t take_off_levels(WorkingText& text, std::size_t position, std::string
     const std::size_t end = plain_end(behind, inside.back());
     if (end == npos) break;
 
+    if (completes_prefix(inside, behind.substr(0, end))) break;
     std::string added(behind.substr(0, end));
     std::replace(added.begin(), added.end(), '_', ' ');
     const std::string before(inside.substr(0, head->start));

@@ -69,4 +69,12 @@ inline std::string narrow_ascii(std::u16string_view text) {
   return bytes;
 }
 
+/// ASCII capital letters in lower case, everything else as it stands.
+inline std::u16string lower_ascii(std::u16string_view text) {
+  std::u16string lower(text.size(), u'\0');
+  std::transform(text.begin(), text.end(), lower.begin(),
+                 [](char16_t c) { return static_cast<char16_t>(c >= u'A' && c <= u'Z' ? c + 32 : c); });
+  return lower;
+}
+
 }  // namespace vellobar::platform

@@ -1,5 +1,6 @@
 #include "platform/file.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace vellobar::platform {
@@ -20,7 +21,10 @@ std::shared_ptr<File> File::open(const std::string& path) {
 }
 
 std::size_t File::read(std::int64_t position, void* to, std::size_t count) noexcept {
-  return handle_.valid() ? handle_.read_at(position, to, count, failed_) : 0;
+  if (!handle_.valid()) return 0;
+  const std::size_t got = handle_.read_at(position, to, count, failed_);
+  read_up_to_ = std::max(read_up_to_, position + static_cast<std::int64_t>(got));
+  return got;
 }
 
 void File::close() noexcept {

@@ -33,6 +33,9 @@ class File {
   /// tells), or when closed.
   std::size_t read(std::int64_t position, void* to, std::size_t count) noexcept;
 
+  /// The furthest position that was read so far.
+  std::int64_t read_up_to() const noexcept { return read_up_to_; }
+
   /// True once a read failed for another reason than the end of the file.
   bool failed() const noexcept { return failed_; }
 
@@ -52,6 +55,7 @@ class File {
 
   FileHandle handle_;
   std::int64_t size_ = 0;
+  std::int64_t read_up_to_ = 0;
   bool failed_ = false;
 };
 

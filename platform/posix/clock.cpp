@@ -40,7 +40,7 @@ void set_day(std::int64_t number, BrokenDownTime& time) noexcept {
   time.day = static_cast<int>(day_of_year - (153 * shifted_month + 2) / 5 + 1);
   time.month = static_cast<int>(shifted_month < 10 ? shifted_month + 3 : shifted_month - 9);
   time.year = static_cast<int>(era * 400 + year_of_era + (time.month <= 2 ? 1 : 0));
-  time.day_of_week = static_cast<int>((number - kFirstTicksDay + 1 + 7 * 300'000) % 7);
+  time.day_of_week = static_cast<int>((number - kFirstTicksDay + 1 + 7LL * 300'000) % 7);
 }
 
 void set_time_of_day(std::int64_t milliseconds, BrokenDownTime& time) noexcept {
@@ -87,7 +87,8 @@ ClockReading read_system_clock() {
   ::clock_gettime(CLOCK_REALTIME, &now);
   const int milliseconds = static_cast<int>(now.tv_nsec / 1'000'000);
   tm utc{}, local{};
-  ::tzset();
+  // Once a process: each call looks for the time zone's file again, which costs as much as parsing a date.
+  [[maybe_unused]] static const bool zone_is_set = (::tzset(), true);
   ::gmtime_r(&now.tv_sec, &utc);
   ::localtime_r(&now.tv_sec, &local);
   return {.utc = from_tm(utc, milliseconds), .local = from_tm(local, milliseconds)};
@@ -135,14 +136,16 @@ bool to_automation_date(const BrokenDownTime& time, double& date) noexcept {
   const std::int64_t seconds = (time.hour * 60LL + time.minute) * 60 + time.second;
   const std::int64_t days = day_number(century_added(time.year), time.month, time.day) + seconds / kSecondsPerDay;
   if (days > kLastAutomationDay) return false;
-  // Before 30 December 1899 the days count backwards, but the time of day still counts forwards from midnight. Added
-  // one by one, hours first, as the system does it: another order differs in the last bit.
-  const std::int64_t second_of_day = seconds % kSecondsPerDay;
+  // Before 30 December 1899 the days count backwards, but the time of day still counts forwards from midnight. Its
+  // parts are added to the day one by one, as the system does it: adding their sum differs in the last bit.
+  const auto hour = static_cast<double>(seconds / 3600 % 24);
+  const auto minute = static_cast<double>(seconds / 60 % 60);
+  const auto second = static_cast<double>(seconds % 60);
   const double whole = static_cast<double>(days - kAutomationDay);
   const double sign = whole < 0 ? -1.0 : 1.0;
-  date = whole + sign * static_cast<double>(second_of_day / 3600) / 24.0;
-  date += sign * static_cast<double>(second_of_day / 60 % 60) / 1440.0;
-  date += sign * static_cast<double>(second_of_day % 60) / 86400.0;
+  date = whole + sign * hour / 24.0;
+  date += sign * minute / 1440.0;
+  date += sign * second / 86400.0;
   return true;
 }
 

@@ -44,6 +44,11 @@ class Charset {
     return static_cast<char16_t>(out[0] | out[1] << 8);
   }
 
+  char16_t unit_of(unsigned byte) {
+    const char c = static_cast<char>(byte);
+    return unit_of({&c, 1});
+  }
+
  private:
   static constexpr std::size_t kFailed = static_cast<std::size_t>(-1);
   iconv_t descriptor_;
@@ -101,10 +106,7 @@ std::unique_ptr<CodePageTables> build(const SingleBytePage& page) {
   if (page.charset != nullptr) {
     Charset charset(page.charset);
     if (!charset.known()) return nullptr;
-    fill_high_half(*tables, page.number, page.first_private, [&](unsigned byte) {
-      const char c = static_cast<char>(byte);
-      return charset.unit_of({&c, 1});
-    });
+    fill_high_half(*tables, page.number, page.first_private, [&](unsigned byte) { return charset.unit_of(byte); });
   } else {
     fill_high_half(*tables, page.number, page.first_private, [&](unsigned byte) {
       const std::size_t at = byte - kAsciiEnd;
@@ -156,8 +158,8 @@ void fill_user_defined(CodePageTables& tables, const UserDefinedArea& area) {
 
 void enter_pair_codes(CodePageTables& tables, const TwoBytePage& page, bool read_only) {
   for (unsigned code = kAsciiEnd << 8; code < 65536; ++code) {
-    if (tables.pairs[code] != 0 && page.read_only_leads.holds(code >> 8) == read_only)
-      enter_code(tables, tables.pairs[code], code);
+    const bool assigned = tables.pairs[code] != 0;
+    if (assigned && page.read_only_leads.holds(code >> 8) == read_only) enter_code(tables, tables.pairs[code], code);
   }
 }
 
@@ -171,10 +173,7 @@ std::unique_ptr<CodePageTables> build(const TwoBytePage& page) {
     tables->leads[byte] = page.leads[0].holds(byte) || page.leads[1].holds(byte);
   }
   fill_ascii(*tables);
-  fill_high_half(*tables, page.number, page.first_private, [&](unsigned byte) {
-    const char c = static_cast<char>(byte);
-    return charset.unit_of({&c, 1});
-  });
+  fill_high_half(*tables, page.number, page.first_private, [&](unsigned byte) { return charset.unit_of(byte); });
   fill_pairs(*tables, page, charset);
   for (const UserDefinedArea& area : user_defined_areas()) {
     if (area.number == page.number) fill_user_defined(*tables, area);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/ascii.h"
 #include "platform/code_page.h"
 
 namespace vellobar::platform {
@@ -22,6 +23,7 @@ char lower(char c) noexcept {
 }  // namespace
 
 std::u16string fold_case(std::u16string_view text) {
+  if (ascii_length(text) == text.size()) return lower_ascii(text);
   std::string bytes = narrow(kThreadCodePage, text);
   std::transform(bytes.begin(), bytes.end(), bytes.begin(), lower);
   return widen(kThreadCodePage, bytes);

@@ -11,10 +11,10 @@ constexpr std::string_view kBase64 = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnop
 
 /// By byte: its six bits, or -1 for one outside the Base64 alphabet.
 constexpr auto kSextets = [] {
-  std::array<signed char, 256> sextets{};
+  std::array<short, 256> sextets{};
   sextets.fill(-1);
   for (std::size_t i = 0; i < kBase64.size(); ++i) {
-    sextets[static_cast<unsigned char>(kBase64[i])] = static_cast<signed char>(i);
+    sextets[static_cast<unsigned char>(kBase64[i])] = static_cast<short>(i);
   }
   return sextets;
 }();

@@ -65,42 +65,50 @@ char continuation(char32_t character, int shift) noexcept {
 }  // namespace
 
 void append_from_utf8(std::string_view bytes, std::u16string& text) {
+  // Room for the worst case first: no character has more units than bytes.
+  std::size_t length = text.size();
+  text.resize(length + bytes.size());
   std::size_t at = 0;
   while (at < bytes.size()) {
     if (static_cast<unsigned char>(bytes[at]) < 0x80) {
-      text += static_cast<char16_t>(bytes[at++]);
+      text[length++] = static_cast<char16_t>(bytes[at++]);
       continue;
     }
     const char32_t character = read_character(bytes, at);
     if (character < 0x10000) {
-      text += static_cast<char16_t>(character);
+      text[length++] = static_cast<char16_t>(character);
     } else {
-      text += static_cast<char16_t>(0xD800 + ((character - 0x10000) >> 10));
-      text += static_cast<char16_t>(0xDC00 + (character & 0x3FF));
+      text[length++] = static_cast<char16_t>(0xD800 + ((character - 0x10000) >> 10));
+      text[length++] = static_cast<char16_t>(0xDC00 + (character & 0x3FF));
     }
   }
+  text.resize(length);
 }
 
 void append_to_utf8(std::u16string_view text, std::string& bytes) {
+  constexpr std::size_t kMostBytes = 3;  // of one unit; a pair of two has four
+  std::size_t length = bytes.size();
+  bytes.resize(length + text.size() * kMostBytes);
   std::size_t at = 0;
   while (at < text.size()) {
     const char32_t character = read_character(text, at);
     if (character < 0x80) {
-      bytes += static_cast<char>(character);
+      bytes[length++] = static_cast<char>(character);
     } else if (character < 0x800) {
-      bytes += static_cast<char>(0xC0 | character >> 6);
-      bytes += continuation(character, 0);
+      bytes[length++] = static_cast<char>(0xC0 | character >> 6);
+      bytes[length++] = continuation(character, 0);
     } else if (character < 0x10000) {
-      bytes += static_cast<char>(0xE0 | character >> 12);
-      bytes += continuation(character, 6);
-      bytes += continuation(character, 0);
+      bytes[length++] = static_cast<char>(0xE0 | character >> 12);
+      bytes[length++] = continuation(character, 6);
+      bytes[length++] = continuation(character, 0);
     } else {
-      bytes += static_cast<char>(0xF0 | character >> 18);
-      bytes += continuation(character, 12);
-      bytes += continuation(character, 6);
-      bytes += continuation(character, 0);
+      bytes[length++] = static_cast<char>(0xF0 | character >> 18);
+      bytes[length++] = continuation(character, 12);
+      bytes[length++] = continuation(character, 6);
+      bytes[length++] = continuation(character, 0);
     }
   }
+  bytes.resize(length);
 }
 
 }  // namespace vellobar::platform

@@ -34,6 +34,7 @@ const std::array<bool, kAsciiPages.size()>& installed_pages() {
   return installed;
 }
 
+/// A length for the system's functions, which count with ints; a longer text cannot be held either.
 int counted(std::size_t length) {
   if (length > INT_MAX) throw std::bad_alloc();
   return static_cast<int>(length);

@@ -19,17 +19,11 @@ int counted(std::size_t length) {
 
 const wchar_t* wide(std::u16string_view text) noexcept { return reinterpret_cast<const wchar_t*>(text.data()); }
 
-char16_t lower_ascii(char16_t c) noexcept { return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + 32) : c; }
-
 }  // namespace
 
 std::u16string fold_case(std::u16string_view text) {
   // The system lower-cases ASCII letters the same way in every locale, Turkish included.
-  if (ascii_length(text) == text.size()) {
-    std::u16string folded(text);
-    for (char16_t& c : folded) c = lower_ascii(c);
-    return folded;
-  }
+  if (ascii_length(text) == text.size()) return lower_ascii(text);
   std::string bytes = narrow(kThreadCodePage, text);
   ::CharLowerBuffA(bytes.data(), static_cast<DWORD>(counted(bytes.size())));
   return widen(kThreadCodePage, bytes);

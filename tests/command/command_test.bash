@@ -65,6 +65,91 @@ check "an index outside the mailbox is a clear message" 1 "" \
 
 check "--version prints the component's version" 0 "vellobar 2.2.6.119" "" --version
 
+# Coding: what one verb writes the other reads back, and the forms are those that everybody else writes.
+head -c 100000 /dev/urandom >"$folder/raw"
+for encoding in base64 qp uu binhex; do
+  "$program" encode --$encoding "$folder/raw" "$folder/coded" && "$program" decode --$encoding "$folder/coded" "$folder/back"
+  # UUencode and BinHex round a last group up: the result begins with the input and ends with at most two zero bytes.
+  if cmp -s -n 100000 "$folder/raw" "$folder/back" && [ "$(stat -c %s "$folder/back")" -le 100002 ]; then
+    echo "ok encode and decode --$encoding give the file back"
+  else
+    echo "FAILED encode and decode --$encoding give the file back"
+    failures=$((failures + 1))
+  fi
+done
+"$program" encode --base64 "$folder/raw" "$folder/coded"
+base64 -w 76 "$folder/raw" | sed 's/$/\r/' | cmp -s - "$folder/coded" || { echo "FAILED base64 lines"; failures=$((failures + 1)); }
+check "a missing input is a clear message" 1 "" "vellobar: cannot read $folder/none: there is no such file" \
+  encode --uu "$folder/none" "$folder/coded"
+check "the same file as input and output is refused" 1 "" "vellobar: $folder/raw is both the input and the output" \
+  decode --base64 "$folder/raw" "$folder/raw"
+[ "$(stat -c %s "$folder/raw")" = 100000 ] || { echo "FAILED the refused file is whole"; failures=$((failures + 1)); }
+"$program" encode "$folder/raw" "$folder/coded" >"$folder/out" 2>&1
+[ $? = 2 ] || { echo "FAILED an encoding must be named"; failures=$((failures + 1)); }
+
+mkdir "$folder/temporary"
+export TMPDIR=$folder/temporary  # UU blocks found in text stay there
+printf 'From a\nSubject: two\nContent-Type: multipart/mixed; boundary=X\n\n--X\nContent-Type: text/plain; charset=utf-8\n\ngr\xc3\xbc\xc3\x9fe\n--X\nContent-Type: application/zip; name="../one.zip"\nContent-Transfer-Encoding: base64\n\nQUJD\n--X\nContent-Transfer-Encoding: quoted-printable\nContent-Disposition: attachment; filename="one.zip"\n\nx=41\n--X--\nFrom b\n\nbegin 644 NUL\n#04)#\nend\n' >"$folder/parts"
+check "show prints headers, the text in the charset of its part, the tree and the attachments" 0 \
+"Subject: two
+Content-Type: multipart/mixed; boundary=X
+
+grüße
+
+Parts:
+  0 text/plain, 49 bytes
+  1 application/zip, 93 bytes
+  2 no type, 106 bytes
+
+Attachments:
+  0 ../one.zip (application/zip, about 3 bytes)
+  1 one.zip (attachment, about 5 bytes)" "" show "$folder/parts" 0
+
+check "attachments lists what every message holds" 0 \
+"MESSAGE NUMBER       SIZE  ENCODING          TYPE${tab}NAME
+      0      0          3  base64            application/zip${tab}../one.zip
+      0      1          5  quoted-printable  attachment${tab}one.zip" "" attachments "$folder/parts"
+
+check "attachments of one message lists that message" 0 \
+"MESSAGE NUMBER       SIZE  ENCODING          TYPE${tab}NAME" "" attachments "$folder/parts" 1
+
+check "attachments --scan-text finds UU blocks in the text" 0 \
+"MESSAGE NUMBER       SIZE  ENCODING          TYPE${tab}NAME
+      1      0         18  uuencode          ${tab}NUL" "" attachments "$folder/parts" 1 --scan-text
+
+mkdir "$folder/save"
+echo mine >"$folder/save/one.zip"
+check "attachments --save stays in the folder, overwrites nothing and numbers what is there" 0 \
+"$folder/save/one (1).zip
+$folder/save/one (2).zip
+$folder/save/_NUL" "" attachments "$folder/parts" --save "$folder/save" --scan-text
+saved=$(cat "$folder/save/one.zip" "$folder/save/one (1).zip" "$folder/save/one (2).zip" "$folder/save/_NUL")
+[ "$saved" = "mine
+ABCxA
+ABC" ] || { echo "FAILED the extracted bytes: $saved"; failures=$((failures + 1)); }
+[ ! -e "$folder/one.zip" ] || { echo "FAILED nothing is written outside the folder"; failures=$((failures + 1)); }
+
+check "a missing folder to save into is a clear message" 1 "" \
+"vellobar: cannot save into $folder/nowhere: there is no such folder" attachments "$folder/parts" --save "$folder/nowhere"
+check "a missing message is a clear message" 1 "MESSAGE NUMBER       SIZE  ENCODING          TYPE${tab}NAME" \
+"vellobar: there is no message 7: $folder/parts holds 2 messages, counted from 0" attachments "$folder/parts" 7
+
+printf 'some\0bytes\xff' >"$folder/a file.bin"
+check "new writes a message" 0 "" "" new "$folder/new.eml" --from 'Jürgen <j@example.org>' --to bob@example.org \
+  --subject 'grüße' --text 'hallo' --html '<p>hallo' --attachment "$folder/a file.bin"
+check "what new wrote is listed" 0 \
+"MESSAGE NUMBER       SIZE  ENCODING          TYPE${tab}NAME
+      0      0         12  base64            application/octet-stream${tab}a file.bin" "" attachments "$folder/new.eml"
+"$program" list "$folder/new.eml" | grep -q "Jürgen.*<j@example.org>.*grüße$" ||
+  { echo "FAILED what new wrote has its headers"; failures=$((failures + 1)); }
+"$program" attachments "$folder/new.eml" --save "$folder/save" >"$folder/out" && cmp "$folder/a file.bin" "$folder/save/a file.bin" ||
+  { echo "FAILED what new attached comes back"; failures=$((failures + 1)); }
+check "an attachment that is missing is a clear message" 1 "" \
+"vellobar: cannot attach $folder/none: Cannot open file" new "$folder/other.eml" --text x --attachment "$folder/none"
+[ ! -e "$folder/other.eml" ] || { echo "FAILED nothing is written without the attachment"; failures=$((failures + 1)); }
+check "a message that cannot be written is a clear message" 1 "" \
+"vellobar: cannot write $folder/nowhere/new.eml" new "$folder/nowhere/new.eml" --text x
+
 "$program" --help >"$folder/out" 2>&1 && grep -q 'list' "$folder/out" && grep -q 'show' "$folder/out" ||
   { echo "FAILED --help names the verbs"; failures=$((failures + 1)); }
 "$program" >"$folder/out" 2>&1

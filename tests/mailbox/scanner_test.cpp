@@ -143,16 +143,16 @@ TEST(Scanner, a_line_longer_than_a_chunk_that_ends_the_file_leaves_the_position_
   EXPECT_TRUE(scanned.result.whole);
 }
 
-TEST(Scanner, chunks_double_while_they_are_below_12800000_bytes) {
-  // Chunks of 16384 to 8388608 bytes end at 16760832 and are followed by chunks of 16777216 bytes. Behind the line feed
-  // there one of these brings no line feed: 16777216 bytes are counted first and 16777220 bytes after them.
+TEST(Scanner, chunks_double_while_they_are_below_12800000_bytes_and_then_stay) {
+  // Chunks of 16384 to 8388608 bytes end at 16760832 and are followed by chunks of 16777216 bytes. The first two of
+  // these bring no line feed: 16777216 bytes are counted, then 33554432, then the whole line of 33554436.
   std::string content = repeated(std::string(15, 'x') + "\n", 1047552);
   ASSERT_EQ(content.size(), 16760832u);
-  content += std::string(16777219, 'y') + "\n" + repeated(std::string(15, 'z') + "\n", 2000000);
+  content += std::string(33554435, 'y') + "\n" + repeated(std::string(15, 'z') + "\n", 3200000);
+  ASSERT_EQ(content.size(), 101515268u);
   const Scanned scanned = scan_mailbox(content);
-  // 65538052 bytes: 16760832 + 16777216 + 16777220 = 50315268, and 951424 lines of 16 bytes reach the limit.
-  ASSERT_EQ(content.size(), 65538052u);
-  EXPECT_THAT(scanned.extents, ElementsAre(Extent{0, 65538052, 1047552 + 2 + 951424, false}));
+  // 16760832 + 16777216 + 33554432 + 33554436 = 100646916, from where 54272 lines of 16 bytes reach the limit.
+  EXPECT_THAT(scanned.extents, ElementsAre(Extent{0, 101515268, 1047552 + 3 + 54272, false}));
 }
 
 TEST(Scanner, a_first_chunk_without_a_line_feed_ends_at_16384_bytes) {
@@ -189,6 +189,15 @@ TEST(Scanner, the_separator_is_compared_with_the_text_in_front_of_the_line_end) 
   EXPECT_THAT(scan_text("ab\r\nab\r\r\nab\rc\n", "ab\r").extents,
               ElementsAre(Extent{0, 4, 1, false}, Extent{4, 9, 1, true}, Extent{9, 14, 1, true}));
   EXPECT_THAT(scan_text("ab\nab\n\n", "ab\n").extents, ElementsAre(Extent{0, 7, 3, false}));
+}
+
+TEST(Scanner, the_separator_is_compared_alike_when_reads_end_inside_the_line) {
+  const std::string lines = "ab\rc\nab\r\r\nab\r\nab\rcde\n";
+  for (std::int64_t read_at_once = 1; read_at_once <= 12; ++read_at_once) {
+    EXPECT_THAT(scan_text(lines, "ab\r", {.read_at_once = read_at_once}).extents,
+                ElementsAre(Extent{0, 5, 1, true}, Extent{5, 14, 2, true}, Extent{14, 21, 1, true}))
+        << read_at_once;
+  }
 }
 
 TEST(Scanner, an_empty_separator_matches_every_line) {

@@ -55,7 +55,8 @@ class RandomValue {
     std::string value = below(3) == 0 ? tokens(3) : "";
     for (std::size_t i = 0; i < levels; ++i) {
       value += kHeads[below(is_plain ? 3 : kHeads.size())];
-      if (below(4) == 0) value += "text";
+      // Without a character between them, "?" and the next "=" would end the word.
+      if (below(8) != 0) value += below(3) == 0 ? "text" : "x";
       if (!is_plain && below(6) == 0) value += tokens(1);
     }
     value += below(2) == 0 ? tokens(4) : "middle";

@@ -217,8 +217,12 @@ class TimeZone {
   explicit TimeZone(const char* zone) {
     if (const char* before = std::getenv("TZ")) before_ = before;
     ::setenv("TZ", zone, 1);
+    ::tzset();
   }
-  ~TimeZone() { before_.empty() ? ::unsetenv("TZ") : ::setenv("TZ", before_.c_str(), 1); }
+  ~TimeZone() {
+    before_.empty() ? ::unsetenv("TZ") : ::setenv("TZ", before_.c_str(), 1);
+    ::tzset();
+  }
   TimeZone(const TimeZone&) = delete;
   TimeZone& operator=(const TimeZone&) = delete;
 

@@ -115,7 +115,7 @@ TEST(CodePageExceptions, characters_that_stand_twice_are_written_with_one_code) 
 }
 
 TEST(CodePageExceptions, a_best_fit_applies_on_windows_only) {
-  EXPECT_EQ(narrow(1252, u"\u0100\u2260"), kOnWindows ? "A=" : "??");
+  EXPECT_EQ(narrow(1252, u"\u0100\u221E"), kOnWindows ? "A8" : "??");
   EXPECT_EQ(narrow(20127, u"caf\u00E9"), kOnWindows ? "cafe" : "caf?");
 }
 

@@ -151,13 +151,16 @@ TEST(File, a_file_is_the_same_through_its_links) {
   }
 }
 
-TEST(File, an_open_file_stays_readable_after_it_was_removed_or_replaced) {
+TEST(File, an_open_file_stays_readable_after_it_was_removed) {
   const Scratch scratch;
   scratch.fill("old");
   const auto file = File::open(scratch.path());
   ASSERT_NE(file, nullptr);
   ASSERT_TRUE(remove_file(scratch.path()));
+#ifndef _WIN32
+  // Windows keeps the name until the last handle closes.
   EXPECT_FALSE(file->is_same_file(scratch.path()));
+#endif
   char to[3] = {};
   EXPECT_EQ(file->read(0, to, 3), 3u);
   EXPECT_EQ(std::string_view(to, 3), "old");

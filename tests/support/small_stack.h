@@ -6,9 +6,6 @@
 #include <functional>
 
 #ifdef _WIN32
-#ifndef NOMINMAX
-#define NOMINMAX
-#endif
 #include <windows.h>
 #else
 #include <pthread.h>

@@ -1,0 +1,90 @@
+#include "attachments/attachment.h"
+
+#include <system_error>
+#include <utility>
+
+#include "attachments/copied_range.h"
+#include "attachments/safe_name.h"
+#include "codecs/attachment_encoding.h"
+#include "errors/error.h"
+#include "mailbox/vellobar.h"
+#include "platform/code_page.h"
+#include "platform/file.h"
+
+namespace vellobar {
+
+namespace {
+
+using codecs::AttachmentEncoding;
+
+constexpr int kFirstEncoding = static_cast<int>(AttachmentEncoding::base64);
+constexpr int kLastEncoding = static_cast<int>(AttachmentEncoding::seven_bit);
+
+bool is_coded_in_sextets(int encoding) {
+  return encoding == static_cast<int>(AttachmentEncoding::base64) ||
+         encoding == static_cast<int>(AttachmentEncoding::binhex4) ||
+         encoding == static_cast<int>(AttachmentEncoding::uuencode);
+}
+
+}  // namespace
+
+CAttachment::CAttachment() = default;
+
+CAttachment::CAttachment(OwnerLink owner, std::weak_ptr<CMessage> part, CodedRange range, int encoding)
+    : owner_(std::move(owner)), part_(std::move(part)), range_(std::move(range)), encoding_(encoding) {}
+
+void CAttachment::describe(std::u16string name, std::u16string type) {
+  name_ = std::move(name);
+  type_ = std::move(type);
+}
+
+void CAttachment::SetName(std::u16string_view name) {
+  name_ = name;
+  name_given_ = true;
+}
+
+std::int64_t CAttachment::Size() const {
+  const std::int64_t coded = range_.end - range_.start;
+  return is_coded_in_sextets(encoding_) ? coded / 4 * 3 : coded;
+}
+
+void CAttachment::Save() {
+  save_to(name_given_ ? name_ : attachments::safe_file_name(name_, platform::process_code_page()));
+}
+
+void CAttachment::Save(std::u16string_view filename) { save_to(filename); }
+
+void CAttachment::save_to(std::u16string_view filename) {
+  if (filename.empty()) throw Error(ErrorNumber::filename_not_given, Reporter::attachment);
+  if (encoding_ < kFirstEncoding || encoding_ > kLastEncoding) {
+    throw Error(ErrorNumber::unknown_encoder, Reporter::attachment);
+  }
+  const std::string path = platform::narrow(platform::process_code_page(), filename);
+  if (is_source_or_mailbox(path)) throw Error(ErrorNumber::cannot_access_destination, Reporter::attachment);
+  try {
+    const std::unique_ptr<platform::OutputFile> output = platform::OutputFile::create(path);
+    if (!output) throw Error(ErrorNumber::cannot_access_destination, Reporter::attachment);
+    decode_to(*output);
+    output->close();
+  } catch (const std::system_error&) {
+    throw Error(ErrorNumber::cannot_access_destination, Reporter::attachment);
+  }
+}
+
+void CAttachment::decode_to(platform::ByteSink& sink) const {
+  if (!range_.file) return;
+  if (encoding_ == static_cast<int>(AttachmentEncoding::seven_bit)) {
+    attachments::copy_range(*range_.file, range_.start, range_.end, sink);
+  } else {
+    codecs::decode_stream(static_cast<AttachmentEncoding>(encoding_), *range_.file, range_.start, range_.end, sink);
+  }
+  if (range_.file->failed()) throw std::system_error(std::make_error_code(std::errc::io_error), "read attachment");
+}
+
+/// What is read must not be emptied first, nor the mailbox that other parts are read from.
+bool CAttachment::is_source_or_mailbox(const std::string& path) const {
+  if (range_.file && range_.file->is_same_file(path)) return true;
+  return owner_ && owner_->control != nullptr && owner_->control->is_locked_file(path);
+}
+
+}  // namespace vellobar

@@ -1,0 +1,180 @@
+#include "attachments/attachments.h"
+
+#include <optional>
+#include <string>
+#include <system_error>
+#include <utility>
+
+#include "attachments/attachment.h"
+#include "attachments/classification.h"
+#include "attachments/description.h"
+#include "attachments/uu_blocks.h"
+#include "codecs/attachment_encoding.h"
+#include "errors/error.h"
+#include "headers/headers.h"
+#include "mailbox/message.h"
+#include "mailbox/messages.h"
+#include "platform/code_page.h"
+#include "platform/file.h"
+#include "platform/temporary_file.h"
+
+namespace vellobar {
+
+namespace {
+
+using attachments::Classification;
+
+std::optional<std::string> first_value(const CHeaders& headers, std::string_view name) {
+  const std::size_t position = headers.find(name);
+  if (position == CHeaders::npos) return std::nullopt;
+  return headers.narrow_value(position);
+}
+
+std::shared_ptr<CAttachment> make_attachment(const OwnerLink& owner, CMessage& part,
+                                             codecs::AttachmentEncoding encoding) {
+  const CHeaders& headers = *part.loaded_headers();
+  const auto attachment = std::make_shared<CAttachment>(owner, part.weak_from_this(),
+                                                        CodedRange{part.file(), part.body_offset(), part.EndPosition()},
+                                                        static_cast<int>(encoding));
+  attachments::Description description =
+      attachments::describe(first_value(headers, "content-type"), first_value(headers, "content-disposition"));
+  attachment->describe(std::move(description.name), std::move(description.type));
+  return attachment;
+}
+
+/// A part whose headers are being walked, and, in the midst of that, its own parts.
+struct Visit {
+  CMessage* part;
+  std::size_t next_header = 0;
+  Classification classification{};
+  std::shared_ptr<CMessages> parts{};
+  std::int64_t next_part = 0;
+
+  /// The next of the part's own parts; null when there is none left to visit now.
+  CMessage* take_part() {
+    if (!parts) return nullptr;
+    if (next_part < parts->Count()) return parts->Item(next_part++).get();
+    parts.reset();
+    return nullptr;
+  }
+
+  /// Takes headers up to the end of the block, or up to one whose parts come first.
+  void take_headers() {
+    const CHeaders* headers = part->load_headers();
+    if (headers == nullptr) return;
+    while (!parts && next_header < static_cast<std::size_t>(headers->Count())) {
+      const std::size_t header = next_header++;
+      const std::string name = headers->narrow_lower_name(header);
+      if (!Classification::reads(name) || !classification.take(name, headers->narrow_value(header))) continue;
+      parts = part->Parts();
+      next_part = 0;
+    }
+  }
+};
+
+/// The plain text as bytes; empty where the part that holds it cannot be read.
+std::string readable_text(CMessage& message) {
+  try {
+    return platform::narrow(platform::process_code_page(), message.PlainText());
+  } catch (const Error& error) {
+    if (error.status() != Status::numbered || error.number() != ErrorNumber::cannot_load_text) throw;
+    return {};
+  }
+}
+
+/// A temporary file with these bytes, open for reading; null when it cannot be written. Error 30012 when it cannot be
+/// read again. It stays on the disk.
+std::shared_ptr<platform::File> temporary_file_with(std::string_view bytes) {
+  const std::string path = platform::temporary_file_name();
+  try {
+    const std::unique_ptr<platform::OutputFile> output = platform::OutputFile::create(path);
+    if (!output) return nullptr;
+    output->write(bytes);
+    output->close();
+  } catch (const std::system_error&) {
+    return nullptr;
+  }
+  std::shared_ptr<platform::File> file = platform::File::open(path);
+  if (!file) throw Error(ErrorNumber::cannot_write_temporary_file, Reporter::vellobar);
+  return file;
+}
+
+}  // namespace
+
+CAttachments::CAttachments() = default;
+
+CAttachments::CAttachments(OwnerLink owner, CMessage& message) : owner_(std::move(owner)), message_(&message) {}
+
+CAttachments::~CAttachments() = default;
+
+std::int64_t CAttachments::Count() {
+  find_attachments();
+  return static_cast<std::int64_t>(items_.size());
+}
+
+std::shared_ptr<CAttachment> CAttachments::Item(std::int64_t index) {
+  if (index < 0 || index >= Count()) throw Error(Status::invalid_argument);
+  return items_[static_cast<std::size_t>(index)];
+}
+
+void CAttachments::find_attachments() {
+  if (message_ == nullptr) throw Error(Status::fail);
+  if (is_scanned_) return;
+  // Set first: a search that fails is not made again.
+  is_scanned_ = true;
+  const std::shared_ptr<CMessage> message = message_->weak_from_this().lock();
+  find_in_parts(*message_);
+  if (scan_text_) find_in_text(*message_);
+}
+
+void CAttachments::find_in_parts(CMessage& message) {
+  std::vector<Visit> visits{Visit{&message}};
+  while (!visits.empty()) {
+    Visit& visit = visits.back();
+    if (CMessage* part = visit.take_part()) {
+      visits.push_back(Visit{part});
+      continue;
+    }
+    visit.take_headers();
+    if (visit.parts) continue;
+    if (visit.classification.is_attachment()) {
+      items_.push_back(make_attachment(owner_, *visit.part, visit.classification.encoding()));
+    }
+    visits.pop_back();
+  }
+}
+
+void CAttachments::find_in_text(CMessage& message) {
+  const std::string text = readable_text(message);
+  attachments::UuBlocks blocks(text);
+  while (std::optional<attachments::UuBlock> block = blocks.next()) {
+    std::shared_ptr<platform::File> file;
+    try {
+      file = temporary_file_with(block->lines);
+    } catch (const Error&) {
+      if (!has_control()) throw Error(Status::fail);
+      throw;
+    }
+    // Without room for the block the search ends quietly.
+    if (!file) return;
+    const auto size = static_cast<std::int64_t>(block->lines.size());
+    items_.push_back(std::make_shared<CAttachment>(owner_, message.weak_from_this(),
+                                                   CodedRange{std::move(file), 0, size},
+                                                   static_cast<int>(codecs::AttachmentEncoding::uuencode)));
+    items_.back()->describe(platform::widen(platform::process_code_page(), block->name), {});
+  }
+}
+
+std::shared_ptr<CAttachments> CMessage::Attachments() {
+  load_body();
+  if (!body_) throw Error(ErrorNumber::cannot_load_text, Reporter::message);
+  if (!attachments_) attachments_ = std::make_shared<CAttachments>(owner_, *this);
+  return attachments_;
+}
+
+void CMessage::drop_attachments() {
+  if (attachments_) attachments_->forget_message();
+  attachments_.reset();
+}
+
+}  // namespace vellobar

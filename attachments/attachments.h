@@ -1,0 +1,67 @@
+// The attachments of a message, found when somebody first counts them: parts whose headers say so, at any depth, and
+// with ScanText the UU blocks in the message's own plain text. Found once; what is added later does not join the list.
+// The collection belongs to its message, which clears the way back when it lets the collection go.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "mailbox/owner.h"
+
+namespace vellobar {
+
+class CAttachment;
+class CMessage;
+
+class CAttachments {
+ public:
+  /// A collection that stands alone, without a message.
+  CAttachments();
+  CAttachments(OwnerLink owner, CMessage& message);
+  ~CAttachments();
+  CAttachments(const CAttachments&) = delete;
+  CAttachments& operator=(const CAttachments&) = delete;
+
+  /// How many were found; the first call searches. Status::fail when the message is gone. Error 30012 (Status::fail
+  /// without a control) when the file of a block found in text cannot be read again: what was found until then stays.
+  std::int64_t Count();
+
+  /// The attachment at a position counted from 0, searching first like Count; Status::invalid_argument outside.
+  std::shared_ptr<CAttachment> Item(std::int64_t index);
+
+  /// Whether the message's plain text is searched for UU blocks; counts only before the first Count.
+  bool ScanText() const { return scan_text_; }
+  void SetScanText(bool on) { scan_text_ = on; }
+
+  /// Adds a new part that carries a file, coded as the number of codecs::AttachmentEncoding says, and returns it. The
+  /// part is named by what follows the last backslash of the file name, "unknown" when there is none. Errors 30007 (no
+  /// file name), 30011 (the file cannot be read), 30012 and 30004 (temporary file), 30013 (encoding); Status::fail in
+  /// their place when there is no control, and when the message is gone.
+  std::shared_ptr<CMessage> Add(std::u16string_view filename, std::optional<int> encoding = std::nullopt);
+
+  // For the component's own use.
+
+  /// What Add calls a file: all behind the last backslash, "unknown" when there is none.
+  static std::u16string_view name_for(std::u16string_view filename);
+  /// Add under a name of the caller's choice, with errors that keep their numbers also without a control.
+  std::shared_ptr<CMessage> add_as(std::u16string_view name, std::u16string_view filename, int encoding);
+  /// Called by the message when it lets this collection go.
+  void forget_message() { message_ = nullptr; }
+
+ private:
+  bool has_control() const { return owner_ && owner_->control != nullptr; }
+  void find_attachments();
+  void find_in_parts(CMessage& message);
+  void find_in_text(CMessage& message);
+
+  OwnerLink owner_;
+  CMessage* message_ = nullptr;
+  bool is_scanned_ = false;
+  bool scan_text_ = false;
+  std::vector<std::shared_ptr<CAttachment>> items_;
+};
+
+}  // namespace vellobar
