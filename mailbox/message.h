@@ -1,11 +1,7 @@
 // A message of a mailbox, a part of a message, or a message that stands alone: one record for all three. The record
 // knows where its text lies in an open file; headers and body are read when somebody asks for them. Its sections are
 // implemented in the folders that own their rules: text storage in mailbox/, named headers, dates and addresses in
-<<<<<<< HEAD
-// headers/, parts and decoded texts in mime/.
-=======
-// headers/, attachments in attachments/.
->>>>>>> main
+// headers/, parts and decoded texts in mime/, attachments in attachments/.
 //
 // A message shares the file it reads from; when that file is closed it reads as empty. `collection` and the owner are
 // ways back that the other side clears.
