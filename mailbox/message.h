@@ -1,7 +1,7 @@
 // A message of a mailbox, a part of a message, or a message that stands alone: one record for all three. The record
 // knows where its text lies in an open file; headers and body are read when somebody asks for them. Its sections are
 // implemented in the folders that own their rules: text storage in mailbox/, named headers, dates and addresses in
-// headers/, attachments in attachments/.
+// headers/, parts and decoded texts in mime/, attachments in attachments/.
 //
 // A message shares the file it reads from; when that file is closed it reads as empty. `collection` and the owner are
 // ways back that the other side clears.
@@ -221,6 +221,9 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// True when a client holds a part at any depth, or a collection of parts.
   bool has_held_parts() const;
 
+  /// True when these are the message's own parts or those of a part below it.
+  bool has_below(const CMessages& parts) const;
+
   /// The collection of parts as far as it was made; null before.
   CMessages* existing_parts() const { return parts_.get(); }
   /// Takes the parts out, for whoever lets go of this message and what is below it.
@@ -273,6 +276,9 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// The whole message but its parts, as a client reads it.
   std::u16string own_body() const;
   bool is_as_read();
+  /// Whether one of the collections of parts made so far, at any depth, is wanted.
+  template <typename Predicate>
+  bool has_collection_below(Predicate is_wanted) const;
   bool has_headers_of_file();
   void write_own_bytes(platform::ByteSink& sink, Place place);
 

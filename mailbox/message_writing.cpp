@@ -147,17 +147,27 @@ bool CMessage::is_read_from(const platform::File* file, const mailbox::Extent& e
   return file_.get() == file && start_ == extent.start && end_ == extent.end;
 }
 
-bool CMessage::has_held_parts() const {
+template <typename Predicate>
+bool CMessage::has_collection_below(Predicate is_wanted) const {
   std::vector<CMessage*> waiting;
   for (const CMessage* message = this; message != nullptr;) {
     if (message->parts_) {
-      if (message->parts_.use_count() > 1 || message->parts_->has_held_items()) return true;
+      if (is_wanted(message->parts_)) return true;
       message->parts_->append_existing(waiting);
     }
     message = waiting.empty() ? nullptr : waiting.back();
     if (message != nullptr) waiting.pop_back();
   }
   return false;
+}
+
+bool CMessage::has_held_parts() const {
+  return has_collection_below(
+      [](const std::shared_ptr<CMessages>& parts) { return parts.use_count() > 1 || parts->has_held_items(); });
+}
+
+bool CMessage::has_below(const CMessages& wanted) const {
+  return has_collection_below([&](const std::shared_ptr<CMessages>& parts) { return parts.get() == &wanted; });
 }
 
 CMessage::Place CMessage::own_place() const {

@@ -129,7 +129,7 @@ std::shared_ptr<CMessage> CMessages::Add(std::u16string_view filename) {
 }
 
 void CMessages::Add(const std::shared_ptr<CMessage>& message) {
-  if (!message) throw Error(Status::invalid_argument);
+  if (!message || message->has_below(*this)) throw Error(Status::invalid_argument);
   if (parent_ != nullptr) parent_->become_multipart_for_added_part();
   append(message);
   message->Load();

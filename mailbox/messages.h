@@ -49,7 +49,8 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   /// message. A file that cannot be opened: error 30011, Status::fail when the collection has no owner; nothing is
   /// added.
   std::shared_ptr<CMessage> Add(std::u16string_view filename);
-  /// Appends an existing message, which is loaded and keeps its own links. Null: Status::invalid_argument.
+  /// Appends an existing message, which is loaded and keeps its own links. Null, or a message that this collection is a
+  /// part of: Status::invalid_argument.
   void Add(const std::shared_ptr<CMessage>& message);
 
   /// Removes that very message (its first place); Status::invalid_argument when it is not here.

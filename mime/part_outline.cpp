@@ -9,6 +9,7 @@
 #include "headers/header_block.h"
 #include "headers/headers.h"
 #include "mailbox/line_buffer.h"
+#include "mailbox/scanner.h"
 #include "mailbox/scanner_search.h"
 #include "mime/ascii.h"
 #include "mime/boundary.h"
@@ -111,6 +112,7 @@ class OutlineReader {
   struct Level {
     std::size_t node;  ///< kNone for the message itself
     std::size_t open;  ///< its part that is being read; kNone before the first
+    std::int64_t scan_start;
   };
 
   // ---- Lines
@@ -120,9 +122,15 @@ class OutlineReader {
     storage_ = mailbox::WipedStorage(static_cast<std::size_t>(wanted), std::pmr::new_delete_resource());
   }
 
-  /// Reads behind the bytes of an unfinished line. `end` when the file has no more and no line is left.
+  /// Reads behind the bytes that are held. `end` when the file has no more and nothing is held.
   Block next_block() {
-    if (held_ >= kTooLong) return Block::refused;
+    if (held_ >= kTooLong && !skip_long_line()) return Block::refused;
+    const std::int64_t got = read_more();
+    is_last_ = got == 0;
+    return got == 0 && held_ == 0 ? Block::end : Block::read;
+  }
+
+  std::int64_t read_more() {
     const std::int64_t room = static_cast<std::int64_t>(storage_.size()) - held_;
     const std::int64_t below_limit = limit_ - read_position_;
     const std::int64_t wanted = std::min(room, below_limit > 0 ? below_limit : kTooLong);
@@ -130,28 +138,35 @@ class OutlineReader {
         file_.read(read_position_, storage_.data() + held_, static_cast<std::size_t>(wanted)));
     read_position_ += got;
     held_ += got;
-    is_last_ = got == 0;
-    return got == 0 && held_ == 0 ? Block::end : Block::read;
+    return got;
   }
 
-  /// False when a line is too long.
+  /// False when the plain form has to answer for a line.
   bool take_lines() {
     const char* line = storage_.data();
     const char* end = line + held_;
+    const char* lines_end = behind_last_line(line, end);
     while (line < end && position_ < limit_) {
       const char* next = next_line(line, end);
       if (next == nullptr) break;
-      if (next - line >= kTooLong) return false;
+      if (next - line >= kTooLong && !may_pass(line, next - line, position_)) return false;
       take_line({line, static_cast<std::size_t>(next - line)});
       line = next;
-      if (place_ != Place::headers && levels_.back().open != kNone) {
-        line = pass_text(line, end);
+      if (is_in_text() && line < lines_end && !is_dashes(line, lines_end)) {
+        line = pass_text(line, lines_end);
         if (line == nullptr) return false;
       }
     }
     held_ = end - line;
     std::memmove(storage_.data(), line, static_cast<std::size_t>(held_));
     return true;
+  }
+
+  /// Just behind the last line that is whole and ends at or below the limit.
+  const char* behind_last_line(const char* begin, const char* end) const {
+    end = begin + std::min<std::int64_t>(end - begin, limit_ - position_);
+    while (end > begin && end[-1] != '\n') --end;
+    return end;
   }
 
   /// Just behind the line, null when it is not finished yet.
@@ -161,32 +176,73 @@ class OutlineReader {
     return is_last_ ? end : nullptr;
   }
 
-  /// Passes whole lines of a part's text or preamble that cannot be a delimiter: all of those begin with two hyphens.
-  const char* pass_text(const char* line, const char* end) {
-    const std::int64_t below_limit = std::min<std::int64_t>(end - line, limit_ - position_);
-    if (below_limit <= 0) return line;
-    const char* lines_end = line + below_limit;
-    while (lines_end > line && lines_end[-1] != '\n') --lines_end;
-    if (lines_end == line || is_dashes(line, lines_end)) return line;
-    const mailbox::FoundLine found = search_(line, lines_end, {kDashes.data(), 2});
-    if (!has_short_lines(line, found.line)) return nullptr;
-    position_ += found.line - line;
-    lines_ += found.lines_before;
-    return found.line;
-  }
+  /// In the text or preamble of a part, where a line that does not begin with two hyphens means nothing.
+  bool is_in_text() const { return place_ != Place::headers && levels_.back().open != kNone; }
 
   static bool is_dashes(const char* line, const char* end) {
     return end - line >= 2 && line[0] == '-' && line[1] == '-';
   }
 
-  /// Whether every line is shorter than kTooLong: somewhere in each window of half that length a line ends.
-  static bool has_short_lines(const char* line, const char* end) {
+  /// Passes lines of text up to one that begins with two hyphens. Null when the plain form has to answer.
+  const char* pass_text(const char* line, const char* lines_end) {
+    const mailbox::FoundLine found = search_(line, lines_end, {kDashes.data(), 2});
+    if (!may_pass_long_lines(line, found.line)) return nullptr;
+    position_ += found.line - line;
+    lines_ += found.lines_before;
+    return found.line;
+  }
+
+  /// Looks for long lines of text without looking at every line: a window that holds a line end breaks none.
+  bool may_pass_long_lines(const char* line, const char* end) const {
+    std::int64_t position = position_;
     while (end - line >= kTooLong) {
-      const char* feed = line + kTooLong - 2;
-      while (feed > line && *feed != '\n') --feed;
-      if (feed == line && *feed != '\n') return false;
-      line = feed + 1;
+      const char* next = line + kTooLong - 1;
+      while (next > line && next[-1] != '\n') --next;
+      if (next == line) {
+        next = next_line(line, end);
+        if (!may_pass(line, next - line, position)) return false;
+      }
+      position += next - line;
+      line = next;
     }
+    return true;
+  }
+
+  bool may_pass(const char* line, std::int64_t length, std::int64_t position) const {
+    return is_in_text() && !is_dashes(line, line + length) && !may_run_ahead(position, position + length - 1);
+  }
+
+  /// Whether a chunk of one of the scans that the plain form makes lies in the line, so that it counts it twice.
+  bool may_run_ahead(std::int64_t line, std::int64_t line_feed) const {
+    const mailbox::ScanOptions rule;
+    return std::any_of(levels_.begin(), levels_.end(), [&](const Level& level) {
+      std::int64_t chunk = rule.first_chunk;
+      for (std::int64_t begin = level.scan_start; begin + chunk <= line_feed;) {
+        if (begin >= line) return true;
+        begin += chunk;
+        if (chunk < rule.chunk_doubles_below) chunk *= 2;
+      }
+      return false;
+    });
+  }
+
+  /// Passes a line of text longer than what is held of it, all of which it is.
+  bool skip_long_line() {
+    if (!is_in_text() || is_dashes(storage_.data(), storage_.data() + held_)) return false;
+    std::int64_t length = 0;
+    for (const char* next = nullptr; next == nullptr;) {
+      length += std::exchange(held_, 0);
+      if (read_more() == 0) break;
+      next = next_line(storage_.data(), storage_.data() + held_);
+      if (next == nullptr) continue;
+      const std::int64_t last = next - storage_.data();
+      length += last;
+      held_ -= last;
+      std::memmove(storage_.data(), next, static_cast<std::size_t>(held_));
+    }
+    if (may_run_ahead(position_, position_ + length - 1)) return false;
+    position_ += length;
+    ++lines_;
     return true;
   }
 
@@ -239,7 +295,7 @@ class OutlineReader {
     // A separator that the code pages have changed beyond recognition is a matter for the plain form.
     if (!separator.starts_with(kDashes)) is_refused_ = true;
     delimiters_.push(separator);
-    levels_.push_back({node, kNone});
+    levels_.push_back({node, kNone, position_});
   }
 
   void begin_part(std::int64_t start, bool has_separator) {

@@ -147,6 +147,16 @@ TEST(AddedPart, an_existing_message_object_makes_a_plain_message_multipart_too) 
                                "\"\r\n\r\ntext\n" + boundary + "\r\nS: z\r\n\r\nzz\n" + boundary + "--\r\n\r\n\r\n");
 }
 
+TEST(AddedPart, a_message_cannot_become_a_part_of_itself) {
+  const auto message = std::make_shared<CMessage>();
+  const auto inner = message->Parts()->Add();
+  tests::expect_status(Status::invalid_argument, [&] { message->Parts()->Add(message); });
+  tests::expect_status(Status::invalid_argument, [&] { inner->Parts()->Add(message); });
+  tests::expect_status(Status::invalid_argument, [&] { inner->Parts()->Add(inner); });
+  EXPECT_EQ(message->Parts()->Count(), 1);
+  EXPECT_EQ(inner->Parts()->Count(), 0);
+}
+
 TEST(AddedPart, only_the_first_content_type_header_is_replaced) {
   Mailbox box("From a\nContent-Type: text/plain\nX: y\nContent-type: text/html\n\ntext\n");
   box.control().Lock();

@@ -65,11 +65,14 @@ std::string description(CMessage& top) {
     const auto [message, depth] = waiting.back();
     waiting.pop_back();
     const auto parts = message->Parts();
+    const bool is_readable = message->load_headers() != nullptr;
     text += std::to_string(depth) + ": " + std::to_string(message->StartPosition()) + "-" +
             std::to_string(message->EndPosition()) + " " + std::to_string(message->Bytes()) + " " +
             std::to_string(message->Lines()) + " info '" + tests::plain(message->MailInfo()) + "' boundary '" +
             tests::plain(message->PartsBoundary()) + "' separator '" + tests::plain(parts->separator()) + "' headers " +
-            std::to_string(message->Headers()->Count()) + " text " + tests::plain(message->Text()) + "\n";
+            (is_readable ? std::to_string(message->Headers()->Count()) + " text " + tests::plain(message->Text())
+                         : "none") +
+            "\n";
     for (std::int64_t i = parts->Count(); i-- > 0;) waiting.push_back({parts->Item(i).get(), depth + 1});
   }
   return text;
@@ -161,6 +164,24 @@ TEST(PartOutline, gives_the_same_tree_whatever_block_a_line_falls_into) {
       line = next;
     }
     ASSERT_TRUE(description_of(spread, false) == description_of(spread, true)) << i;
+  }
+}
+
+TEST(PartOutline, gives_the_same_tree_with_lines_of_any_length) {
+  std::mt19937 random(3);
+  const auto long_text = [&] {
+    const auto length = random() % (random() % 3 == 0 ? 400000 : 40000);
+    return std::string(length, 'x') + "\n";
+  };
+  for (int i = 0; i < 60; ++i) {
+    std::string mail = random_mail(random);
+    for (auto count = 1 + random() % 3; count > 0; --count) {
+      const std::size_t line = mail.find('\n', 60 + random() % (mail.size() - 60));
+      if (line != std::string::npos) mail.insert(line + 1, (random() % 2 != 0 ? "\n" : "") + long_text());
+    }
+    if (random() % 3 == 0) mail += std::string(random() % 500000, '\n');
+    if (random() % 3 == 0) mail += std::string(random() % 100000, 'y');
+    ASSERT_TRUE(description_of(mail, false) == description_of(mail, true)) << i;
   }
 }
 
