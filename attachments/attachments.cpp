@@ -122,7 +122,6 @@ void CAttachments::find_attachments() {
   if (is_scanned_) return;
   // Set first: a search that fails is not made again.
   is_scanned_ = true;
-  const std::shared_ptr<CMessage> message = message_->weak_from_this().lock();
   find_in_parts(*message_);
   if (scan_text_) find_in_text(*message_);
 }

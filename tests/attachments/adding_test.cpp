@@ -1,5 +1,11 @@
 #include <gtest/gtest.h>
 
+#ifdef __linux__
+#include <sys/resource.h>
+
+#include <csignal>
+#endif
+
 #include <filesystem>
 
 #include "attachments/attachment.h"
@@ -192,6 +198,40 @@ TEST_F(Adding, without_a_temporary_folder_reports_30012_and_adds_nothing) {
                [&] { box_.message(0)->Attachments()->Add(path); });
   EXPECT_EQ(box_.message(0)->Parts()->Count(), 0);
 }
+
+#ifdef __linux__
+
+/// No file can be written beyond this size until the object dies.
+class FileSizeLimit {
+ public:
+  explicit FileSizeLimit(rlim_t bytes) : signal_(std::signal(SIGXFSZ, SIG_IGN)) {
+    getrlimit(RLIMIT_FSIZE, &before_);
+    const rlimit limit = {bytes, before_.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  ~FileSizeLimit() {
+    setrlimit(RLIMIT_FSIZE, &before_);
+    std::signal(SIGXFSZ, signal_);
+  }
+  FileSizeLimit(const FileSizeLimit&) = delete;
+  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+ private:
+  void (*signal_)(int);
+  rlimit before_{};
+};
+
+TEST_F(Adding, a_temporary_folder_without_room_reports_30012_and_leaves_nothing_behind) {
+  const std::u16string path = file(std::string(100'000, 'x'));
+  const FileSizeLimit limit(50'000);
+  expect_error(ErrorNumber::cannot_write_temporary_file, Reporter::vellobar,
+               [&] { box_.message(0)->Attachments()->Add(path); });
+  EXPECT_EQ(temporary_.names().size(), 0u);
+  EXPECT_EQ(box_.message(0)->Parts()->Count(), 0);
+  EXPECT_FALSE(box_.control().Changed());
+}
+
+#endif
 
 TEST_F(Adding, without_a_control_every_error_is_a_plain_failure) {
   const auto message = std::make_shared<CMessage>();

@@ -165,6 +165,15 @@ TEST(Attachments, of_an_unreadable_header_block_report_30005) {
   expect_error(ErrorNumber::cannot_load_text, Reporter::message, [&] { box.message(0)->Attachments(); });
 }
 
+TEST(Attachments, of_an_unreadable_header_block_are_none_once_the_message_was_loaded) {
+  Mailbox box("From a\nSubject: " + std::string(20000, 'x') + "\n\nbegin 644 f\nend\n");
+  box.control().Lock();
+  box.message(0)->Load();
+  const auto attachments = box.message(0)->Attachments();
+  attachments->SetScanText(true);
+  EXPECT_EQ(attachments->Count(), 0);
+}
+
 TEST(Attachments, held_over_unlock_are_still_listed) {
   Mailbox box(kTwoAttachments);
   box.control().Lock();
@@ -228,6 +237,21 @@ TEST(ScanText, blocks_come_behind_the_mime_attachments) {
   box.control().Lock();
   box.message(0)->Attachments()->SetScanText(true);
   EXPECT_EQ(names_of(*box.message(0)), (std::vector<std::string>{"one.zip", "two.txt", "uu"}));
+}
+
+TEST(ScanText, hundreds_of_blocks_are_each_an_attachment_with_a_file_of_its_own) {
+  tests::TemporaryFolder folder;
+  const platform::FixedTemporaryFolder temporary(folder.path(""));
+  std::string mail = "From a\n\n";
+  for (int i = 0; i < 300; ++i) mail += "begin 644 f" + std::to_string(i) + "\n#04)#\nend\n\n";
+  Mailbox box(mail);
+  box.control().Lock();
+  const auto attachments = box.message(0)->Attachments();
+  attachments->SetScanText(true);
+  ASSERT_EQ(attachments->Count(), 300);
+  EXPECT_EQ(attachments->Item(299)->Name(), u"f299");
+  EXPECT_EQ(saved(*attachments->Item(299)), "ABC");
+  EXPECT_EQ(folder.names().size(), 300u);
 }
 
 TEST(ScanText, the_temporary_file_is_left_on_the_disk) {
