@@ -32,11 +32,11 @@ void list(const ListOptions& options) {
   std::printf("%6s %12s %10s %8s  %s\n", "INDEX", "POSITION", "SIZE", "LINES",
               options.separator_lines ? "SEPARATOR LINE" : "FROM\tDATE\tSUBJECT");
   for (std::int64_t index = 0; index < messages->Count(); ++index) {
-    const std::shared_ptr<CMessage> message = messages->Item(index);
+    const std::shared_ptr<CMessage> message =
+        messages->for_walking(index);  // not kept: any mailbox takes little memory
     std::printf("%6lld %12lld %10lld %8lld  %s\n", static_cast<long long>(index),
                 static_cast<long long>(message->StartPosition()), static_cast<long long>(message->Size()),
                 static_cast<long long>(message->Lines()), described(*message, options).c_str());
-    message->Unload();  // a mailbox of any size is listed in little memory
   }
 }
 

@@ -35,7 +35,11 @@ void LineReader::fill() {
   std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
   end_ -= begin_;
   begin_ = 0;
-  end_ += file_.read(position_ + static_cast<std::int64_t>(end_), buffer_.data() + end_, buffer_.size() - end_);
+  // What came to the file after it was opened belongs to no message.
+  const std::int64_t from = position_ + static_cast<std::int64_t>(end_);
+  const std::int64_t room = static_cast<std::int64_t>(buffer_.size() - end_);
+  const std::int64_t left = std::max<std::int64_t>(file_.size() - from, 0);
+  end_ += file_.read(from, buffer_.data() + end_, static_cast<std::size_t>(std::min(room, left)));
 }
 
 std::string_view cut_line(std::string_view line) {

@@ -88,7 +88,7 @@ void CMessage::recognise_separator_line() {
 }
 
 void CMessage::make_missing_separator_line() {
-  if (has_separator_) return;
+  if (MailInfo().starts_with(u"From ")) return;
   const std::u16string sender = FromEmail();
   std::u16string line = u"From " + (sender.empty() ? std::u16string(u"<unknown>") : sender);
   const std::size_t date = headers_ ? headers_->find(std::string_view("date")) : CHeaders::npos;

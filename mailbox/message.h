@@ -202,13 +202,20 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   void forget_collection(const CMessages& collection);
   /// Where the collection found the message last, so that it need not search; -1 when it never did.
   std::int64_t remembered_index() const { return remembered_index_; }
-  void remember_index(std::int64_t index) const { remembered_index_ = index; }
+  void remember_index(std::int64_t index) const {
+    if (remembered_index_ != kSeveralPlaces) remembered_index_ = index;
+  }
+  /// For a message that may be in several places, of which the first one counts.
+  void forget_index() { remembered_index_ = kSeveralPlaces; }
 
   /// Where a message is written: between delimiter lines it never gets a separator line.
   enum class Place { alone, part };
   /// Writes the message: separator line, headers, empty line, body, parts. With `keeps`, all that was read stays in
   /// memory. Throws std::system_error when the sink fails or the message cannot be read whole.
   void write(platform::ByteSink& sink, Place place, bool keeps);
+
+  /// Loads the message and all parts below it.
+  void load_tree();
 
   /// What of a message is in memory.
   struct Held {
@@ -245,6 +252,8 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   void keep_attachment_file(std::string path) { temporary_files_[kAttachmentFile] = std::move(path); }
 
  private:
+  /// A `remembered_index_` that is never kept.
+  static constexpr std::int64_t kSeveralPlaces = -2;
   /// Slots of `temporary_files_`.
   static constexpr std::size_t kTextFile = 0;
   static constexpr std::size_t kBodyFile = 1;
@@ -257,7 +266,6 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   void ensure_parts();
   /// The text with its transfer encoding undone, in the charset that the other message names.
   std::u16string transfer_decoded_text(CMessage& charset_source);
-  void load_tree();
   void read_mail_info();
   void read_from_own_file(std::shared_ptr<platform::File> file, bool has_separator);
   void drop_content();

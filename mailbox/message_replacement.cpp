@@ -24,6 +24,10 @@ std::int64_t count_lines(std::string_view text) {
   return text.empty() || text.ends_with('\n') ? feeds : feeds + 1;
 }
 
+bool has_readable_headers(const std::shared_ptr<platform::File>& file, bool has_separator) {
+  return CMessage(nullptr, nullptr, file, {0, file->size(), 0, has_separator}).load_headers() != nullptr;
+}
+
 }  // namespace
 
 void CMessage::Peek(std::u16string_view filename) {
@@ -69,8 +73,12 @@ void CMessage::SetText(std::u16string_view text) {
   mailbox::ScratchFile file;
   write_to_file(file.path());
   std::shared_ptr<platform::File> opened = platform::File::open(file.path());
-  if (!opened) throw Error(ErrorNumber::cannot_load_headers, Reporter::message);
-  read_from_own_file(std::move(opened), separator_line_for(own_place()).has_value());
+  const bool has_separator = separator_line_for(own_place()).has_value();
+  if (!opened || !has_readable_headers(opened, has_separator)) {
+    // With a header line too long to be read back the message stays in memory, new text and all.
+    throw Error(ErrorNumber::cannot_load_headers, Reporter::message);
+  }
+  read_from_own_file(std::move(opened), has_separator);
   delete_temporary_file(kTextFile);
   temporary_files_[kTextFile] = file.keep();
 }

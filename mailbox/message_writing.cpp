@@ -6,8 +6,10 @@
 #include "errors/error.h"
 #include "headers/header_block.h"
 #include "headers/headers.h"
+#include "mailbox/line_sink.h"
 #include "mailbox/message.h"
 #include "mailbox/messages.h"
+#include "mailbox/separator_line.h"
 #include "mailbox/tree_walk.h"
 #include "mailbox/vellobar.h"
 #include "platform/code_page.h"
@@ -38,25 +40,6 @@ std::string delimiter_of(const CMessages& parts) {
   return platform::narrow(platform::process_code_page(), parts.separator());
 }
 
-/// Passes everything on, and can make sure that what follows begins a line: behind a text without a line end (a last
-/// line of a mailbox, a file added as it stands) a delimiter would not be one, and its part would be lost.
-class LineSink final : public platform::ByteSink {
- public:
-  explicit LineSink(platform::ByteSink& to) : to_(to) {}
-
-  void write(std::string_view bytes) override {
-    if (!bytes.empty()) is_in_line_ = bytes.back() != '\n';
-    to_.write(bytes);
-  }
-  void end_line() {
-    if (is_in_line_) write(kLineEnd);
-  }
-
- private:
-  platform::ByteSink& to_;
-  bool is_in_line_ = false;
-};
-
 }  // namespace
 
 void CMessage::Save(std::u16string_view filename) {
@@ -68,6 +51,7 @@ void CMessage::Save(std::u16string_view filename) {
 }
 
 void CMessage::write_to_file(const std::string& path) {
+  if (!mailbox::can_write_separator_lines()) throw Error(ErrorNumber::cannot_update_mailbox, Reporter::message);
   try {
     // A message that goes onto the file it is read from is put together before that file is emptied.
     StringSink whole;
@@ -101,7 +85,7 @@ void CMessage::write(platform::ByteSink& sink, Place place, bool keeps) {
       sink.write(delimiter_of(parts).append(end));
     }
 
-    LineSink sink;
+    mailbox::LineSink sink;
   };
   if (keeps) load_tree();
   Writer writer(sink);
@@ -116,7 +100,7 @@ bool CMessage::write_own_text(platform::ByteSink& sink, Place place) {
     write_own_bytes(sink, place);
     return false;
   }
-  if (is_cut_short_) refuse_cut_message();
+  if (is_cut_short_ || (file_ && file_->failed())) refuse_cut_message();
   write_separator_line(sink, place);
   sink.write(headers_->to_bytes());
   sink.write(kLineEnd);

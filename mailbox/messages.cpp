@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "errors/error.h"
+#include "mailbox/line_sink.h"
 #include "mailbox/message.h"
 #include "mailbox/scanner.h"
 #include "platform/code_page.h"
@@ -29,6 +30,9 @@ CMessages::CMessages(OwnerLink owner, CMessage& parent)
     : owner_(std::move(owner)), parent_(&parent), separator_(kMailboxSeparator) {}
 
 CMessages::~CMessages() {
+  for (const std::weak_ptr<CMessage>& removed : removed_) {
+    if (const std::shared_ptr<CMessage> message = removed.lock()) message->forget_collection(*this);
+  }
   std::vector<std::shared_ptr<CMessage>> messages;
   give_up_items(messages);
   release(std::move(messages));
@@ -131,8 +135,11 @@ std::shared_ptr<CMessage> CMessages::Add(std::u16string_view filename) {
 void CMessages::Add(const std::shared_ptr<CMessage>& message) {
   if (!message || message->has_below(*this)) throw Error(Status::invalid_argument);
   if (parent_ != nullptr) parent_->become_multipart_for_added_part();
+  message->forget_index();
   append(message);
-  message->Load();
+  // Whole: the file it is read from may be closed before this collection is written.
+  message->load_tree();
+  if (parent_ == nullptr) message->make_missing_separator_line();
   mark_changed(owner_);
 }
 
@@ -165,20 +172,21 @@ void CMessages::Remove(const CMessage& message) {
   const std::int64_t position = position_of(message);
   if (position < 0) throw Error(Status::invalid_argument);
   const auto place = items_.begin() + static_cast<std::ptrdiff_t>(position);
-  remember_removed(place->extent);
+  remember_removed(*place);
   items_.erase(place);
   mark_changed(owner_);
 }
 
 void CMessages::RemoveAll() {
-  for (const Entry& entry : items_) remember_removed(entry.extent);
+  for (const Entry& entry : items_) remember_removed(entry);
   items_.clear();
   mark_changed(owner_);
 }
 
-void CMessages::remember_removed(const mailbox::Extent& extent) {
+void CMessages::remember_removed(const Entry& entry) {
   is_edited_ = true;
-  if (extent.has_separator) removed_positions_.push_back(extent.start);
+  if (entry.extent.has_separator) removed_positions_.push_back(entry.extent.start);
+  if (entry.object) removed_.push_back(entry.object);
 }
 
 bool CMessages::scan(const std::shared_ptr<platform::File>& file, std::int64_t from, std::int64_t limit) {
@@ -228,6 +236,10 @@ void CMessages::write_mailbox(platform::ByteSink& sink) {
   for (const Entry& entry : items_) {
     if (entry.extent.has_separator) check_position(entry.extent.start);
   }
+  // What was removed may be held by a client, or be in another mailbox, and is read from the file that is about to go.
+  for (const std::weak_ptr<CMessage>& removed : removed_) {
+    if (const std::shared_ptr<CMessage> message = removed.lock()) message->load_tree();
+  }
   write(sink);
 }
 
@@ -241,8 +253,10 @@ void CMessages::check_position(std::int64_t position) const {
   }
 }
 
-void CMessages::write(platform::ByteSink& sink) {
+void CMessages::write(platform::ByteSink& to) {
+  mailbox::LineSink sink(to);
   for (Entry& entry : items_) {
+    sink.end_line();
     if (!entry.object) {
       new_object(entry)->write(sink, CMessage::Place::alone, false);
       continue;

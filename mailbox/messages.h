@@ -117,9 +117,9 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   const std::shared_ptr<CMessage>& object_at(std::size_t index);
   mailbox::ScanResult scan_range(std::int64_t from, std::int64_t limit);
   std::shared_ptr<CMessage> new_object(const Entry& entry);
-  void write(platform::ByteSink& sink);
+  void write(platform::ByteSink& to);
   void append(std::shared_ptr<CMessage> message);
-  void remember_removed(const mailbox::Extent& extent);
+  void remember_removed(const Entry& entry);
   void check_position(std::int64_t position) const;
 
   OwnerLink owner_;
@@ -129,8 +129,9 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   std::deque<Entry> items_;
   std::shared_ptr<const mime::PartOutline> outline_;
   bool is_edited_ = false;
-  std::string scanned_separator_;                ///< the separator as the scan compared it
-  std::vector<std::int64_t> removed_positions_;  ///< where scanned messages began that were removed since
+  std::string scanned_separator_;                 ///< the separator as the scan compared it
+  std::vector<std::int64_t> removed_positions_;   ///< where scanned messages began that were removed since
+  std::vector<std::weak_ptr<CMessage>> removed_;  ///< objects of removed messages, which others may hold
 };
 
 /// Lets go of messages and of what is below them, however deep that is.

@@ -7,6 +7,7 @@
 
 #include "errors/error.h"
 #include "mailbox/messages.h"
+#include "mailbox/separator_line.h"
 #include "platform/code_page.h"
 #include "platform/file.h"
 #include "platform/file_replacement.h"
@@ -23,15 +24,16 @@ std::atomic<std::int32_t>& language() {
   return value;
 }
 
-/// Copies what was appended to the file since it was measured, also while this runs.
-void copy_appended_mail(platform::File& file, platform::ByteSink& sink) {
+/// Copies what was appended to the file behind `position`, also while this runs. Returns how far it came.
+std::int64_t copy_appended_mail(platform::File& file, std::int64_t position, platform::ByteSink& sink) {
   std::string block(kCopyBlock, '\0');
-  for (std::int64_t position = file.size(); position < file.current_size();) {
+  while (position < file.current_size()) {
     const std::size_t got = file.read(position, block.data(), block.size());
     if (got == 0) throw std::system_error(std::make_error_code(std::errc::io_error), "read appended mail");
     sink.write(std::string_view(block).substr(0, got));
     position += static_cast<std::int64_t>(got);
   }
+  return position;
 }
 
 }  // namespace
@@ -89,19 +91,28 @@ void CVellobar::Update() {
   Unlock();
   try {
     Lock();
-  } catch (const Error&) {
+  } catch (const std::exception&) {
     // The mailbox is written; a client that finds it unlocked can lock it again.
+    Unlock();
   }
   changed_ = false;
 }
 
 void CVellobar::write_mailbox() {
+  if (!mailbox::can_write_separator_lines()) {
+    throw std::system_error(std::make_error_code(std::errc::illegal_byte_sequence), "no code page for a mailbox");
+  }
   if (!file_->is_same_file(path_) || file_->current_size() < file_->size()) {
     throw std::system_error(std::make_error_code(std::errc::io_error), "the mailbox was replaced or cut");
   }
   platform::FileReplacement replacement(path_);
   messages_->write_mailbox(replacement);
-  copy_appended_mail(*file_, replacement);
+  // Syncing takes a while, in which more mail may be delivered.
+  std::int64_t copied = file_->size();
+  do {
+    copied = copy_appended_mail(*file_, copied, replacement);
+    replacement.sync();
+  } while (copied < file_->current_size());
   replacement.commit(*file_);
 }
 

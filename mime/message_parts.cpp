@@ -25,7 +25,8 @@ void CMessage::load_body() {
     mime::BodyText text;
     // A body that would start behind the end is empty.
     if (file_ && body_offset_ < end_) text = mime::read_body_text(*file_, body_offset_, end_, delimiter);
-    is_cut_short_ = text.is_cut_short;
+    // A closed file reads as empty, and must not be written as if the message were.
+    is_cut_short_ = text.is_cut_short || (file_ && !file_->is_open());
     if (text.parts_start) split_parts(*text.parts_start);
     body_ = std::move(text.bytes);
   }

@@ -106,27 +106,25 @@ void FileReplacement::stage_elsewhere() {
 
 void FileReplacement::write(std::string_view bytes) { staged_->write(bytes); }
 
+void FileReplacement::sync() { staged_->sync(); }
+
 void FileReplacement::commit(File& old_file) {
-  staged_->sync();
   staged_->close();
-  if (rename_) {
-    put_in_place_by_renaming(old_file);
-  } else {
-    rewrite_in_place();
-  }
+  if (!rename_ || !put_in_place_by_renaming(old_file)) rewrite_in_place();
 }
 
-void FileReplacement::put_in_place_by_renaming(File& old_file) {
+bool FileReplacement::put_in_place_by_renaming(File& old_file) {
   // Windows does not replace a file that somebody holds open.
   old_file.suspend();
   try {
     rename_over(staged_path_, path_);
-  } catch (...) {
+  } catch (const std::system_error&) {
     old_file.resume(path_);
-    throw;
+    return false;
   }
   staged_path_.clear();
   sync_folder_of(path_);
+  return true;
 }
 
 void FileReplacement::rewrite_in_place() {

@@ -5,10 +5,11 @@
 // lists and extended attributes; it is synced, and then takes the old file's place in one step. Symbolic links are
 // followed, so the link stays a link.
 //
-// Where that would lose something (the file has several hard links, its attributes cannot be given to another file, or
-// no file can be made beside it) the file is rewritten in place instead: the new content is staged and synced, then the
-// old content is copied to a second file and synced, and only then is the file overwritten. When the overwriting fails,
-// the old content is put back from its copy.
+// Where that cannot be done without loss (the file has several hard links, its attributes cannot be given to another
+// file, no file can be made beside it, or the system does not let it be replaced because somebody holds it open) the
+// file is rewritten in place instead: the new content is staged and synced, then the old content is copied to a second
+// file and synced, and only then is the file overwritten. When the overwriting fails, the old content is put back from
+// its copy.
 #pragma once
 
 #include <memory>
@@ -32,15 +33,18 @@ class FileReplacement : public ByteSink {
   /// Appends to the new content.
   void write(std::string_view bytes) override;
 
-  /// Puts the new content in place. `old_file` is the caller's open view of the old one: it is let go for the moment of
-  /// replacing and, when that fails, opened again. Throws std::system_error when the old content is still (or again) in
-  /// force.
+  /// Waits until what was written so far is on the disk. More may be written afterwards.
+  void sync();
+
+  /// Puts the new content in place, which must be synced. `old_file` is the caller's open view of the old one: it is
+  /// let go for the moment of replacing and, when that fails, opened again. Throws std::system_error when the old
+  /// content is still (or again) in force.
   void commit(File& old_file);
 
  private:
   bool stage_beside();
   void stage_elsewhere();
-  void put_in_place_by_renaming(File& old_file);
+  bool put_in_place_by_renaming(File& old_file);
   void rewrite_in_place();
 
   std::string path_;

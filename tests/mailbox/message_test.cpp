@@ -282,6 +282,25 @@ TEST(Message, text_put_ends_the_text_with_a_line_end_unless_it_has_one) {
   }
 }
 
+TEST(Message, text_put_with_a_header_too_long_to_be_read_back_is_30006_and_loses_nothing) {
+  Mailbox box(kOneMessage);
+  box.control().Lock();
+  const std::u16string value(20000, u'v');
+  box.message(0)->Headers()->Add(u"To", value);
+  expect_error(ErrorNumber::cannot_load_headers, Reporter::message, [&] { box.message(0)->SetText(u"new"); });
+  EXPECT_EQ(box.message(0)->Text(), u"new\r\n");
+  EXPECT_EQ(box.message(0)->Headers()->Count(), 2);
+}
+
+TEST(Message, save_of_a_message_whose_mailbox_was_closed_before_it_was_read_is_30002) {
+  Mailbox box(kOneMessage);
+  box.control().Lock();
+  const auto message = box.message(0);
+  box.control().Unlock();
+  const std::string path = box.folder().path("saved.eml");
+  expect_error(ErrorNumber::cannot_update_mailbox, Reporter::message, [&] { message->Save(wide(path)); });
+}
+
 TEST(Message, text_put_does_not_mark_anything_changed) {
   Mailbox box(kOneMessage);
   box.control().Lock();

@@ -187,6 +187,27 @@ TEST(Messages, a_message_held_twice_is_found_at_its_first_place) {
   EXPECT_EQ(box.count(), 3);
 }
 
+TEST(Messages, a_message_in_several_places_is_found_at_the_first_one_after_removals_before_it) {
+  Mailbox box(kThreeMessages);
+  box.control().Lock();
+  const auto message = box.message(1);
+  EXPECT_EQ(message->Index(), 1);
+  box.control().Messages()->Remove(*box.message(2));
+  box.control().Messages()->Add(message);
+  box.control().Messages()->Remove(*box.message(0));
+  EXPECT_EQ(message->Index(), 0);
+}
+
+TEST(Messages, index_of_a_removed_message_fails_also_after_its_collection_is_gone) {
+  Mailbox box(kThreeMessages);
+  box.control().Lock();
+  const auto message = box.message(1);
+  box.control().Messages()->Remove(*message);
+  box.control().Unlock();
+  expect_status(Status::fail, [&] { message->Index(); });
+  EXPECT_EQ(message->Text(), u"");
+}
+
 TEST(Messages, a_stand_alone_collection_is_a_mailboxs_collection) {
   CMessages messages;
   EXPECT_EQ(messages.separator(), u"From ");

@@ -241,6 +241,108 @@ TEST(Update, keeps_every_byte_of_headers_in_the_default_code_page) {
   EXPECT_EQ(box.content(), "From a\r\nX: v" + bytes + "\r\n\r\n" + bytes + "\n\r\n");
 }
 
+TEST(Update, ends_a_text_without_a_line_end_before_the_next_message_begins) {
+  Mailbox box(kTwoMessages);
+  box.control().Lock();
+  box.message(0)->SetBody(u"X: new\r\n\r\nhello");
+  box.control().Update();
+  ASSERT_EQ(box.count(), 2);
+  EXPECT_EQ(box.content(), "From a\r\nX: new\r\n\r\nhello\r\nFrom b\r\nSubject: 2\r\n\r\ntwo\n\r\n");
+}
+
+TEST(Update, keeps_messages_apart_that_were_added_behind_a_mailbox_without_a_last_line_end) {
+  Mailbox box("From a\n\nx");
+  box.control().Lock();
+  box.control().Messages()->Add(wide(box.folder().file("one.eml", "A: 1\n\none")));
+  box.control().Messages()->Add(wide(box.folder().file("two.eml", "B: 2\n\ntwo")));
+  box.control().Update();
+  ASSERT_EQ(box.count(), 3);
+  EXPECT_EQ(box.message(1)->Text(), u"one\r\n");
+}
+
+TEST(Update, keeps_a_removed_message_that_a_client_holds_and_puts_back) {
+  Mailbox box(kTwoMessages);
+  box.control().Lock();
+  box.control().SetAutoUpdate(true);
+  const auto message = box.message(0);
+  box.control().Messages()->Remove(*message);
+  box.control().Messages()->Add(message);
+  ASSERT_EQ(box.count(), 2);
+  EXPECT_EQ(box.message(1)->Headers()->Item(u"Subject")->Value(), u"1");
+  EXPECT_EQ(box.message(1)->MailInfo(), u"From a");
+}
+
+TEST(Update, of_two_mailboxes_moves_a_multipart_message_from_one_to_the_other_whole) {
+  Mailbox from("From a\nContent-Type: multipart/mixed; boundary=\"xyzw\"\n\n--xyzw\n\npart\n--xyzw--\n"),
+      to(kTwoMessages);
+  from.control().Lock();
+  to.control().Lock();
+  const auto message = from.message(0);
+  to.control().Messages()->Add(message);
+  from.control().Messages()->Remove(*message);
+  from.control().Update();
+  to.control().Update();
+  ASSERT_EQ(to.count(), 3);
+  ASSERT_EQ(to.message(2)->Parts()->Count(), 1);
+  EXPECT_EQ(to.message(2)->Parts()->Item(0)->Text(), u"part\n");
+}
+
+TEST(Update, writes_a_message_of_another_mailbox_whole_also_when_that_one_was_unlocked) {
+  Mailbox from("From a\nContent-Type: multipart/mixed; boundary=\"xyzw\"\n\n--xyzw\n\npart\n--xyzw--\n"),
+      to(kTwoMessages);
+  from.control().Lock();
+  to.control().Lock();
+  to.control().Messages()->Add(from.message(0));
+  from.control().Unlock();
+  to.control().Update();
+  EXPECT_EQ(to.message(2)->Parts()->Item(0)->Text(), u"part\n");
+}
+
+TEST(Update, refuses_a_message_whose_own_mailbox_was_closed_before_it_was_read) {
+  Mailbox from(kTwoMessages), to(kTwoMessages);
+  from.control().Lock();
+  to.control().Lock();
+  const auto message = from.message(0);
+  from.control().Unlock();
+  to.control().Messages()->Add(message);
+  expect_refused(to);
+  EXPECT_EQ(to.content(), kTwoMessages);
+}
+
+TEST(Update, gives_a_stand_alone_message_that_was_added_a_separator_line) {
+  Mailbox box(kTwoMessages);
+  box.control().Lock();
+  const auto message = std::make_shared<CMessage>();
+  message->SetBody(u"From: Ann <ann@example.org>\r\n\r\nhello\r\n");
+  box.control().Messages()->Add(message);
+  box.control().Update();
+  ASSERT_EQ(box.count(), 3);
+  EXPECT_EQ(box.message(2)->MailInfo(), u"From ann@example.org");
+}
+
+TEST(Update, refuses_a_code_page_in_which_a_mailbox_cannot_be_written) {
+  Mailbox box(kTwoMessages);
+  box.control().Lock();
+  const auto message = box.message(0);
+  {
+    tests::CodePageGuard unknown(99999);
+    expect_refused(box);
+    expect_error(ErrorNumber::cannot_update_mailbox, Reporter::message, [&] { message->Save(u"x"); });
+  }
+  EXPECT_EQ(box.content(), kTwoMessages);
+  box.control().Update();
+  EXPECT_EQ(box.content(), kTwoMessagesWritten);
+}
+
+TEST(Update, takes_what_was_appended_to_an_unfinished_header_block_as_appended_mail) {
+  Mailbox box("From a\nSubject: 1\n");
+  box.control().Lock();
+  tests::append_to_file(box.path(), "From b\nSubject: 2\n\ntwo\n");
+  EXPECT_EQ(box.message(0)->Headers()->Count(), 1);
+  box.control().Update();
+  EXPECT_EQ(box.content(), "From a\r\nSubject: 1\r\n\r\n\r\nFrom b\nSubject: 2\n\ntwo\n");
+}
+
 #ifndef _WIN32
 
 TEST(Update, of_a_read_only_file_is_30002_before_anything_is_touched) {
