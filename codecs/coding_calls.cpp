@@ -20,7 +20,7 @@ std::string path_of(std::u16string_view name) {
 /// Passes everything on, and tells how far the source was read.
 class WatchedSink final : public platform::ByteSink {
  public:
-  WatchedSink(platform::File& from, platform::ByteSink& to, const Progress& progress)
+  WatchedSink(platform::File& from, platform::ByteSink& to, const ProgressListener& progress)
       : from_(from), to_(to), progress_(progress) {}
 
   void write(std::string_view bytes) override {
@@ -31,12 +31,12 @@ class WatchedSink final : public platform::ByteSink {
  private:
   platform::File& from_;
   platform::ByteSink& to_;
-  const Progress& progress_;
+  const ProgressListener& progress_;
 };
 
 }  // namespace
 
-void code_file(std::u16string_view in_file, std::u16string_view out_file, const Progress& progress,
+void code_file(std::u16string_view in_file, std::u16string_view out_file, const ProgressListener& progress,
                const std::function<void(platform::File&, platform::ByteSink&)>& work) {
   const auto from = platform::File::open(path_of(in_file));
   if (!from) throw Error(Status::fail);

@@ -20,7 +20,7 @@ namespace vellobar::codecs {
 /// Opens both files, works, and closes the target. Throws Error(Status::fail) when a name is empty, a file cannot be
 /// opened, read or written, or both names mean the same file; in the last case nothing is touched. `progress`, unless
 /// it is empty, hears of every piece that was written.
-void code_file(std::u16string_view in_file, std::u16string_view out_file, const Progress& progress,
+void code_file(std::u16string_view in_file, std::u16string_view out_file, const ProgressListener& progress,
                const std::function<void(platform::File&, platform::ByteSink&)>& work);
 
 /// The bytes of a text in the process code page. An empty text is Error(Status::fail). A code page that the platform

@@ -18,7 +18,7 @@ namespace vellobar::codecs {
 class CDecoder {
  public:
   /// `progress` hears how far the file calls have come; it may be empty.
-  explicit CDecoder(Progress progress = {}) : progress_(std::move(progress)) {}
+  explicit CDecoder(ProgressListener progress = {}) : progress_(std::move(progress)) {}
 
   /// Decode the whole of `in_file` into `out_file`, which is created or emptied.
   void Base64(std::u16string_view in_file, std::u16string_view out_file) const;
@@ -38,7 +38,7 @@ class CDecoder {
   std::u16string QuotedPrintableText(std::u16string_view in_text) const;
 
  private:
-  Progress progress_;
+  ProgressListener progress_;
 };
 
 }  // namespace vellobar::codecs

@@ -17,7 +17,7 @@ namespace vellobar::codecs {
 class CEncoder {
  public:
   /// `progress` hears how far the file calls have come; it may be empty.
-  explicit CEncoder(Progress progress = {}) : progress_(std::move(progress)) {}
+  explicit CEncoder(ProgressListener progress = {}) : progress_(std::move(progress)) {}
 
   /// Encode the whole of `in_file` into `out_file`, which is created or emptied. `Uuencode` puts a "begin 666" line
   /// with the base name of `in_file` and an "end" line around the data, `BinHex4` the banner line and colons.
@@ -37,7 +37,7 @@ class CEncoder {
   std::u16string QuotedPrintableText(std::u16string_view in_text) const;
 
  private:
-  Progress progress_;
+  ProgressListener progress_;
 };
 
 }  // namespace vellobar::codecs

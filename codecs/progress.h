@@ -7,6 +7,6 @@
 namespace vellobar::codecs {
 
 /// Called now and then with the bytes of the source that were read so far, and how many there are.
-using Progress = std::function<void(std::int64_t done, std::int64_t total)>;
+using ProgressListener = std::function<void(std::int64_t done, std::int64_t total)>;
 
 }  // namespace vellobar::codecs

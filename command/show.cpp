@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "attachments/attachment.h"
@@ -27,11 +28,25 @@ struct ShowOptions {
   bool headers_only = false;
 };
 
+/// A decoded value with each of its further lines indented: what mail encodes cannot pass for a header of its own, nor
+/// for the end of the headers.
+std::string shown_value(std::u16string_view value) {
+  std::u16string lines;
+  for (const char16_t c : value) {
+    if (c == u'\r') continue;
+    const bool begins_line = lines.ends_with(u'\n');
+    if (begins_line && c != u' ' && c != u'\t') lines += u'\t';
+    lines += c;
+  }
+  if (lines.ends_with(u'\n')) lines += u'\t';
+  return shown_text(lines);
+}
+
 void show_headers(CMessage& message) {
   const std::shared_ptr<CHeaders> headers = message.Headers();
   for (std::size_t i = 0; i < static_cast<std::size_t>(headers->Count()); ++i) {
     const std::u16string value = mime::decode_header_value(headers->narrow_value(i));
-    std::printf("%s: %s\n", shown_line(headers->name(i)).c_str(), shown_text(value).c_str());
+    std::printf("%s: %s\n", shown_line(headers->name(i)).c_str(), shown_value(value).c_str());
   }
 }
 

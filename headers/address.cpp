@@ -55,13 +55,15 @@ class EntryState {
 };
 
 /// The entries a client wrote. Deliberate: ";" does not divide here and quotes do not protect; see
-/// the_writer_does_not_split_at_a_semicolon and the_writer_splits_at_a_comma_inside_quotes.
+/// the_writer_does_not_split_at_a_semicolon and the_writer_splits_at_a_comma_inside_quotes. The end of the text divides
+/// as a CR LF behind it would, so a CR that stands there is part of its entry; see
+/// the_writer_keeps_a_CR_that_no_line_feed_of_the_text_follows.
 std::vector<std::string_view> split_client_entries(std::string_view text) {
   std::vector<std::string_view> entries;
   while (!text.empty()) {
     const std::size_t end = std::min(text.find_first_of(",\n"), text.size());
     std::string_view entry = text.substr(0, end);
-    const bool ends_line = end == text.size() || text[end] == '\n';
+    const bool ends_line = end < text.size() && text[end] == '\n';
     if (ends_line && entry.ends_with('\r')) entry.remove_suffix(1);
     if (!entry.empty()) entries.push_back(entry);
     text.remove_prefix(std::min(end + 1, text.size()));

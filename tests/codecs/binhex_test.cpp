@@ -70,6 +70,15 @@ TEST(BinHex, a_block_of_1024_bytes_that_begins_inside_the_range_is_used_whole) {
   EXPECT_EQ(decoded_file(decode_binhex_stream, text, 1, 1026), repeated("Cat", 512));
 }
 
+TEST(BinHex, a_first_colon_behind_the_end_of_the_range_counts_when_a_block_begun_inside_the_range_holds_it) {
+  const std::string text = std::string(1000, 'j') + ":3f&d:";
+  EXPECT_EQ(decoded_file(decode_binhex_stream, text, 0, 10), "Cat");
+  // A colon in the block behind counts only from where that block is begun.
+  const std::string later = repeated("3f&d", 256) + ":3f&d3f&d:";
+  EXPECT_EQ(decoded_file(decode_binhex_stream, later, 0, 1024), repeated("Cat", 256));
+  EXPECT_EQ(decoded_file(decode_binhex_stream, later, 0, 1025), "CatCat");
+}
+
 TEST(BinHex, a_colon_far_inside_the_file_is_found) {
   EXPECT_EQ(decoded_file(decode_binhex_stream, std::string(70000, 'j') + ":3f&d:"), "Cat");
 }

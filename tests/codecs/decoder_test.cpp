@@ -5,6 +5,7 @@
 #include "codecs/encoder.h"
 #include "errors/error.h"
 #include "tests/codecs/coded_files.h"
+#include "tests/codecs/process_code_page.h"
 
 namespace vellobar::codecs {
 namespace {
@@ -119,6 +120,49 @@ TEST(Decoder, UudecodeText_gives_back_what_UuencodeText_made_of_a_length_divisib
 TEST(Decoder, a_NUL_in_a_decoded_text_is_kept) {
   EXPECT_EQ(CDecoder().Base64Text(u"QQBC"), std::u16string(u"A\0B", 3));
   EXPECT_EQ(CDecoder().QuotedPrintableText(u"A=00B"), std::u16string(u"A\0B", 3));
+}
+
+TEST(Decoder, a_decoded_text_is_read_in_the_process_code_page) {
+  {
+    const ProcessCodePage cyrillic(1251);  // U+0436 is E6
+    EXPECT_EQ(CDecoder().Base64Text(u"QeZC"), u"A\u0436B");
+    EXPECT_EQ(CDecoder().UudecodeText(u"YD%\""), u"\u0436AB");
+    EXPECT_EQ(CDecoder().QuotedPrintableText(u"=E6"), u"\u0436");
+  }
+  const ProcessCodePage utf8(platform::kUtf8CodePage);  // and D0 B6
+  EXPECT_EQ(CDecoder().Base64Text(u"QdC2"), u"A\u0436");
+  EXPECT_EQ(CDecoder().UudecodeText(u"T+9!"), u"\u0436A");
+  EXPECT_EQ(CDecoder().QuotedPrintableText(u"=D0=B6"), u"\u0436");
+}
+
+TEST(Decoder, a_text_to_decode_becomes_bytes_by_the_process_code_page) {
+  {
+    const ProcessCodePage cyrillic(1251);
+    EXPECT_EQ(CDecoder().QuotedPrintableText(u"\u0436=E6"), u"\u0436\u0436");
+  }
+  const ProcessCodePage utf8(platform::kUtf8CodePage);
+  EXPECT_EQ(CDecoder().QuotedPrintableText(u"\u0436=D0=B6"), u"\u0436\u0436");
+}
+
+TEST(Decoder, a_lone_surrogate_in_a_text_is_decoded_as_the_code_page_narrows_it) {
+  {
+    // "?" ends Base64, is 31 in uuencode, and breaks an escape.
+    const ProcessCodePage western(1252);
+    EXPECT_EQ(CDecoder().Base64Text(u"QUJD\xD800QUJD"), u"ABC");
+    EXPECT_EQ(CDecoder().UudecodeText(u"83]Z\xDC00"), std::u16string(u"a?z|\0\0", 6));
+    EXPECT_EQ(CDecoder().QuotedPrintableText(u"a\xD800z=\xDC00z"), u"a?z=?Z");
+  }
+  const ProcessCodePage utf8(platform::kUtf8CodePage);
+  EXPECT_EQ(CDecoder().Base64Text(u"QUJD\xD800QUJD"), u"ABC");
+  EXPECT_EQ(CDecoder().QuotedPrintableText(u"a\xD800z"), u"a\uFFFDz");
+}
+
+TEST(Decoder, a_NUL_in_a_text_to_decode_is_a_character_like_others) {
+  const ProcessCodePage western(1252);
+  // Zero bits in Base64; 32 in uuencode, so that four of them are 82 08 20.
+  EXPECT_EQ(CDecoder().Base64Text(std::u16string_view(u"QUJD\0\0\0\0QUJD", 12)), std::u16string(u"ABC\0\0\0ABC", 9));
+  EXPECT_EQ(CDecoder().UudecodeText(std::u16string_view(u"\0\0\0\0", 4)), u"\u201A\b ");
+  EXPECT_EQ(CDecoder().QuotedPrintableText(std::u16string_view(u"a\0=41", 5)), std::u16string(u"a\0A", 3));
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include "errors/error.h"
 #include "platform/code_page.h"
 #include "tests/codecs/coded_files.h"
+#include "tests/codecs/process_code_page.h"
 
 namespace vellobar::codecs {
 namespace {
@@ -35,17 +36,6 @@ std::string encoded(FileMethod method, std::string_view bytes, std::string_view 
 }
 
 std::vector<unsigned char> bytes(std::string_view text) { return {text.begin(), text.end()}; }
-
-class ProcessCodePage {
- public:
-  explicit ProcessCodePage(int code_page) : previous_(platform::process_code_page()) {
-    platform::set_process_code_page(code_page);
-  }
-  ~ProcessCodePage() { platform::set_process_code_page(previous_); }
-
- private:
-  int previous_;
-};
 
 TEST(Encoder, Base64_writes_lines_alone) {
   EXPECT_EQ(encoded(&CEncoder::Base64, repeated("Man", 19) + "M"), repeated("TWFu", 19) + "\r\nTQ==\r\n");
@@ -179,12 +169,30 @@ TEST(Encoder, a_text_is_encoded_as_its_bytes_in_the_process_code_page) {
 
 TEST(Encoder, a_NUL_in_a_text_is_kept) {
   EXPECT_EQ(CEncoder().Base64Text(std::u16string_view(u"A\0B", 3)), u"QQBC");
+  EXPECT_EQ(CEncoder().UuencodeText(std::u16string_view(u"A\0B", 3)), u"00!\"");
   EXPECT_EQ(CEncoder().QuotedPrintableText(std::u16string_view(u"A\0B", 3)), std::u16string(u"A\0B", 3));
 }
 
 TEST(Encoder, a_lone_surrogate_in_a_text_is_encoded_as_the_code_page_narrows_it) {
-  const ProcessCodePage western(1252);
-  EXPECT_EQ(CEncoder().QuotedPrintableText(u"a\xD800z"), u"a?z");
+  {
+    const ProcessCodePage western(1252);
+    EXPECT_EQ(CEncoder().Base64Text(u"a\xD800z"), u"YT96");
+    EXPECT_EQ(CEncoder().UuencodeText(u"a\xDC00z"), u"83]Z");
+    EXPECT_EQ(CEncoder().QuotedPrintableText(u"a\xD800z"), u"a?z");
+  }
+  // UTF-8 puts EF BF BD in its place.
+  const ProcessCodePage utf8(platform::kUtf8CodePage);
+  EXPECT_EQ(CEncoder().Base64Text(u"a\xD800z"), u"Ye+/vXo=");
+  EXPECT_EQ(CEncoder().UuencodeText(u"a\xDC00z"), u"8>^_O7H");
+  EXPECT_EQ(CEncoder().QuotedPrintableText(u"a\xD800z"), u"a=EF=BF=BDz");
+}
+
+TEST(Encoder, the_letters_of_a_text_are_ASCII_whatever_the_process_code_page) {
+  // As UTF-7 the "+" of the result would begin a shifted run.
+  const ProcessCodePage utf7(platform::kUtf7CodePage);
+  EXPECT_EQ(CEncoder().UuencodeText(u",,,"), u"+\"PL");
+  // The bytes of the text are those of "+AD4APgA+-".
+  EXPECT_EQ(CEncoder().Base64Text(u">>>"), u"K0FENEFQZ0ErLQ==");
 }
 
 TEST(Encoder, a_code_page_that_the_platform_lacks_gives_no_text_and_succeeds) {

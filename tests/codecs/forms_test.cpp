@@ -22,6 +22,8 @@
 namespace vellobar::codecs {
 namespace {
 
+using namespace std::string_literals;
+
 /// One routine in its shape for memory, the room it asks for, and its reference.
 struct Routine {
   const char* name;
@@ -214,6 +216,72 @@ TEST_P(Forms, agree_on_the_stores_into_the_text_of_the_caller) {
   }
 }
 
+/// A file of UU lines or of BinHex letters, encoded and decoded by the routines that know lines.
+class FramedFiles : public Forms {
+ protected:
+  static void check_uu(const std::string& text) {
+    expect_equal(decoded_file(decode_uu_stream, text), reference::decode_uu_file(text, 0, text.size()), "UU lines",
+                 text);
+  }
+  static void check_binhex(const std::string& text) {
+    expect_equal(decoded_file(decode_binhex_stream, text), reference::decode_binhex_file(text), "BinHex", text);
+  }
+
+  /// What the encoders make of the bytes, and what the decoders make of that.
+  static void check_coded(std::string_view bytes) {
+    const std::string uu = reference::encode_uu_file(bytes), binhex = reference::encode_binhex_file(bytes);
+    expect_equal(encoded_file(encode_uu_stream, bytes), uu, "UU lines", bytes);
+    expect_equal(encoded_file(encode_binhex_stream, bytes), binhex, "BinHex", bytes);
+    check_uu("begin\n" + uu + "\r\nend\r\n");
+    check_binhex(":" + binhex + ":");
+  }
+};
+
+TEST_P(FramedFiles, agree_on_files_of_up_to_three_bytes) {
+  check_coded("");
+  for (int first = 0; first < 256; ++first) {
+    check_coded(std::string(1, static_cast<char>(first)));
+    const std::string two{static_cast<char>(first), static_cast<char>(random_())};
+    check_coded(two);
+    check_coded(two + static_cast<char>(random_()));
+  }
+}
+
+TEST_P(FramedFiles, agree_on_texts_of_up_to_three_characters_from_where_rules_turn) {
+  const std::string turning = "\0\r\n !:`M#\x80"s;
+  for (const char first : turning) {
+    for (const char second : turning) {
+      for (const char third : turning) {
+        const std::string text{first, second, third};
+        for (std::size_t size = 1; size <= 3; ++size) {
+          check_uu("begin\n" + text.substr(0, size));
+          check_binhex(":" + text.substr(0, size));
+        }
+      }
+    }
+  }
+}
+
+TEST_P(FramedFiles, agree_on_every_length_up_to_4096) {
+  for (std::size_t size = 0; size <= 4096; ++size) check_coded(random_text(random_, size, static_cast<int>(size % 3)));
+}
+
+TEST_P(FramedFiles, agree_wherever_a_hostile_byte_stands) {
+  const std::string bytes = random_text(random_, 171, 0);
+  const std::string uu = "begin\n" + reference::encode_uu_file(bytes) + "\r\nend\r\n";
+  const std::string binhex = ":" + reference::encode_binhex_file(bytes) + ":";
+  for (std::size_t place = 0; place < uu.size(); ++place) {
+    for (const unsigned char hostile : kTurningBytes) {
+      const auto spoilt = [&](std::string text) {
+        text[place % text.size()] = static_cast<char>(hostile);
+        return text;
+      };
+      check_uu(spoilt(uu));
+      check_binhex(spoilt(binhex));
+    }
+  }
+}
+
 /// Sizes around every block and line that the stream routines know.
 std::vector<std::size_t> sizes_around_edges() {
   std::vector<std::size_t> sizes;
@@ -280,11 +348,11 @@ TEST_P(Forms, agree_on_ranges_of_uuencoded_files) {
 
 std::string name_of(const testing::TestParamInfo<Form>& form) { return form.param.name; }
 
-INSTANTIATE_TEST_SUITE_P(Codecs, Forms,
-                         testing::Values(Form{"scalar", scalar_kernels}, Form{"avx2", avx2_kernels},
-                                         Form{"avx512_vbmi", avx512_kernels},
-                                         Form{"imitated_avx512_vbmi", imitated_avx512_kernels}),
-                         name_of);
+const auto kForms =
+    testing::Values(Form{"scalar", scalar_kernels}, Form{"avx2", avx2_kernels}, Form{"avx512_vbmi", avx512_kernels},
+                    Form{"imitated_avx512_vbmi", imitated_avx512_kernels});
+INSTANTIATE_TEST_SUITE_P(Codecs, Forms, kForms, name_of);
+INSTANTIATE_TEST_SUITE_P(Codecs, FramedFiles, kForms, name_of);
 
 TEST(InstructionSets, the_best_form_that_the_machine_offers_is_in_force) {
   const Kernels* best = avx512_kernels() != nullptr ? avx512_kernels()

@@ -60,6 +60,19 @@ Subject: grüße
 
 first?[2J" "" show "$folder/box" 0
 
+printf 'Subject: =?utf-8?Q?hello=0D=0AFrom:_boss@example.org=0A=0Atext=0D=0A_more=0A=09and=0Dmore?=\nX: folded\n  here\nY: =?utf-8?Q?ends=0D=0A?=\n\n' >"$folder/forged"
+check "show indents what follows a line end in a header value" 0 \
+"Subject: hello
+${tab}From: boss@example.org
+${tab}
+${tab}text
+ more
+${tab}andmore
+X: folded
+  here
+Y: ends
+${tab}" "" show "$folder/forged" 0 --headers
+
 check "an index outside the mailbox is a clear message" 1 "" \
 "vellobar: there is no message 2: $folder/box holds 2 messages, counted from 0" show "$folder/box" 2
 

@@ -193,6 +193,21 @@ TEST_F(Address, the_writer_divides_at_whichever_of_comma_and_line_feed_comes_fir
   EXPECT_EQ(address_list_text(u"A\r,b@y"), u"\"A\r\", \"b@y\" <b@y>");
 }
 
+TEST_F(Address, the_writer_keeps_a_CR_that_no_line_feed_of_the_text_follows) {
+  // CR LF is put behind the text before it is divided, so a CR at its end is followed by another CR.
+  EXPECT_EQ(address_list_text(u"John\r"), u"\"John\r\"");
+  EXPECT_EQ(address_list_text(u"\r"), u"\"\r\"");
+  EXPECT_EQ(address_list_text(u"a@x,\r"), u"\"a@x\" <a@x>, \"\r\"");
+  EXPECT_EQ(address_list_text(u"a@x\r\n\r"), u"\"a@x\" <a@x>, \"\r\"");
+}
+
+TEST_F(Address, the_writer_drops_one_CR_before_a_line_feed) {
+  EXPECT_EQ(address_list_text(u"John\r\n"), u"\"John\"");
+  EXPECT_EQ(address_list_text(u"John\r\r\nJane"), u"\"John\r\", \"Jane\"");
+  EXPECT_EQ(address_list_text(u"\r\n"), u"");
+  EXPECT_EQ(address_list_text(u"\r\r\n"), u"\"\r\"");
+}
+
 TEST_F(Address, the_writer_skips_empty_entries_but_an_entry_of_blanks_leaves_its_comma) {
   EXPECT_EQ(address_list_text(u""), u"");
   EXPECT_EQ(address_list_text(u",,\r\n,"), u"");

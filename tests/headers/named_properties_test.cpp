@@ -348,5 +348,26 @@ TEST(NamedProperties, names_are_taken_from_decoded_text_in_the_process_code_page
   EXPECT_EQ(mail->FromEmail(), u"j@x");
 }
 
+TEST(NamedProperties, names_taken_as_UTF8_are_read_in_the_code_page_of_the_thread) {
+  // Deliberate: the bytes C3 B6 of a letter become two letters.
+  const CodePageGuard guard(65001);
+  OneMessage mail("From: =?utf-8?q?J=C3=B6rg?= <j@x>\nTo: \"=?utf-8?q?J=C3=B6rg?=\" <j@x>, b <b@y>\n");
+  EXPECT_EQ(mail->From(), u"J\u00F6rg <j@x>");
+  EXPECT_EQ(mail->FromName(), u"J\u00C3\u00B6rg");
+  EXPECT_EQ(mail->FromEmail(), u"j@x");
+  EXPECT_EQ(mail->ToName(), u"J\u00C3\u00B6rg, b");
+  EXPECT_EQ(mail->ToEmail(), u"j@x, b@y");
+  // Outside quotes both bytes divide.
+  EXPECT_EQ(OneMessage("To: =?utf-8?q?J=C3=B6rg?= <j@x>\n")->ToName(), u"J, rg");
+}
+
+TEST(NamedProperties, a_charset_taken_as_UTF8_is_read_in_the_code_page_of_the_thread) {
+  const CodePageGuard guard(65001);
+  OneMessage mail("Content-Type: text/plain; charset=\"=?utf-8?q?x=C3=A9?=\"\nA: 1\n");
+  EXPECT_EQ(mail->ContentType(), u"text/plain; charset=\"x\u00E9\"");
+  EXPECT_EQ(mail->CharSet(), u"x\u00C3\u00A9");
+  EXPECT_EQ(OneMessage("Content-Type: text/plain; charset=utf-8\n")->CharSet(), u"utf-8");
+}
+
 }  // namespace
 }  // namespace vellobar
