@@ -1,6 +1,7 @@
 // IvEncoder and IvDecoder: byte arrays of every shape, texts and files.
 #include <gtest/gtest.h>
 
+#include "tests/automation/bytes.h"
 #include "tests/automation/client.h"
 #include "tests/support/files.h"
 
@@ -11,35 +12,6 @@ using namespace std::string_literals;
 namespace {
 
 class Coding : public AutomationTest {};
-
-/// A byte array owned by the client.
-class Bytes {
- public:
-  Bytes() = default;
-  explicit Bytes(std::string_view content, LONG lower_bound = 0) {
-    SAFEARRAYBOUND bound{static_cast<ULONG>(content.size()), lower_bound};
-    array_ = SafeArrayCreate(VT_UI1, 1, &bound);
-    content.copy(static_cast<char*>(array_->pvData), content.size());
-  }
-  explicit Bytes(SAFEARRAY* array) : array_(array) {}
-  Bytes(const Bytes&) = delete;
-  Bytes& operator=(const Bytes&) = delete;
-  ~Bytes() {
-    if (array_ != nullptr) SafeArrayDestroy(array_);
-  }
-
-  SAFEARRAY** place() { return &array_; }
-  bool is_null() const { return array_ == nullptr; }
-  std::string content() const {
-    if (array_ == nullptr) return "(null)";
-    EXPECT_EQ(SafeArrayGetDim(array_), 1u);
-    EXPECT_EQ(array_->rgsabound[0].lLbound, 0);
-    return {static_cast<const char*>(array_->pvData), array_->rgsabound[0].cElements};
-  }
-
- private:
-  SAFEARRAY* array_ = nullptr;
-};
 
 /// What a call does to an array that is no array of bytes: it fails and leaves the result alone.
 void expect_refused(SAFEARRAY* array) {

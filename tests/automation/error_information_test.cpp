@@ -4,25 +4,13 @@
 #include <thread>
 
 #include "tests/automation/mailbox_client.h"
+#include "tests/automation/numbered_error.h"
 
 namespace vellobar::tests {
 
 namespace {
 
 class ErrorInformationTest : public AutomationTest {};
-
-HRESULT numbered(int number) { return static_cast<HRESULT>(0x800A0000u + static_cast<unsigned>(number)); }
-
-void expect_error(HRESULT result, int number, const wchar_t* description, const wchar_t* source, REFGUID guid) {
-  EXPECT_EQ(result, numbered(number));
-  const ErrorInformation information = take_error_information();
-  ASSERT_TRUE(information.present);
-  EXPECT_EQ(information.description, description);
-  EXPECT_EQ(information.source, source);
-  EXPECT_EQ(information.guid, guid);
-  EXPECT_EQ(information.help_file, L"");
-  EXPECT_EQ(information.help_context, 0u);
-}
 
 /// A mailbox whose one message has a header line that fills the reading area.
 std::string unreadable_header_block() { return "From x\r\nX: " + std::string(17000, 'a') + "\r\n\r\nbody\r\n"; }
