@@ -5,6 +5,7 @@
 #include <optional>
 #include <string_view>
 
+#include "codecs/quoted_printable.h"
 #include "mime/ascii.h"
 #include "mime/encoded_word_syntax.h"
 
@@ -34,6 +35,13 @@ bool is_settled(std::string_view text) {
   return true;
 }
 
+/// True when the byte before a text makes no end of a word and no fold with it.
+bool joins_plainly(char before, std::string_view text) {
+  if (before == '?') return !text.starts_with('=');
+  const bool ends_line = before == '\r' || before == '\n';
+  return !ends_line || !(text.starts_with('\n') || text.starts_with('\t'));
+}
+
 bool begins_with_prefix(std::string_view text) {
   return std::any_of(kCodePagePrefixes.begin(), kCodePagePrefixes.end(),
                      [&](std::string_view prefix) { return starts_with_ignoring_case(text, prefix); });
@@ -55,14 +63,20 @@ bool holds_prefix(const WorkingText& text) {
   return text.holds(Pattern::utf7) || text.holds(Pattern::utf8) || text.holds(Pattern::windows);
 }
 
-/// How far the text behind reaches up to the end of the innermost word, when it adds nothing to it but plain characters
-/// and leaves nothing new where the two meet; npos otherwise.
-std::size_t plain_end(std::string_view behind, char before) {
-  if (before == '\r' || before == '\n' || (before == '?' && behind.starts_with('='))) return npos;
+/// How far the text behind reaches up to the end of the innermost word, when it begins nothing new, also where it meets
+/// the text of the word; npos otherwise.
+std::size_t tail_end(std::string_view behind, char before) {
+  if (!joins_plainly(before, behind)) return npos;
   const std::size_t end = behind.find(kWordEnd);
   if (end == npos || begins_with_any_prefix(behind.substr(end + 1))) return npos;
-  constexpr std::string_view kNotPlain("=\r\n\t\0", 5);
-  return behind.substr(0, end).find_first_of(kNotPlain) == npos ? end : npos;
+  return behind.substr(0, end).find(kWordStart) == npos ? end : npos;
+}
+
+/// What the tail of a word decodes to, when one pass is enough for it; nothing otherwise.
+std::optional<std::string> settled_tail(std::string_view tail, char before) {
+  std::string added = codecs::decode_quoted_printable(tail, true);
+  if (!is_settled(added) || added.find(kWordStart) != npos || !joins_plainly(before, added)) return std::nullopt;
+  return added;
 }
 
 /// True when the text that is added to the end of `inside` completes a charset prefix there.
@@ -95,12 +109,12 @@ std::size_t take_off_levels(WorkingText& text, std::size_t position, std::string
     const std::optional<WordHead> head = find_word_head(inside);
     if (!head || head->encoding != WordEncoding::quoted_printable) break;
     const std::string_view behind = text.from(position);
-    const std::size_t end = plain_end(behind, inside.back());
+    const std::size_t end = tail_end(behind, inside.back());
     if (end == npos) break;
-
-    if (completes_prefix(inside, behind.substr(0, end))) break;
-    std::string added(behind.substr(0, end));
-    std::replace(added.begin(), added.end(), '_', ' ');
+    // A settled text ends outside any escape: its tail decodes to the same on its own.
+    const std::string_view tail = behind.substr(0, end);
+    const std::optional<std::string> added = settled_tail(tail, inside.back());
+    if (!added || completes_prefix(inside, tail) || completes_prefix(inside, *added)) break;
     const std::string before(inside.substr(0, head->start));
     const std::string_view name = inside.substr(head->start, head->text - head->start);
     const std::optional<int> named = code_page_named_in(name);
@@ -109,7 +123,7 @@ std::size_t take_off_levels(WorkingText& text, std::size_t position, std::string
     taken += head->text;
     const bool named_later = holds_prefix(text) || (prefix != npos && prefix >= taken);
     if (named && !named_later) code_page = *named;
-    decoded += added;
+    decoded += *added;
   }
   decoded.erase(0, taken);
   return position;

@@ -126,6 +126,26 @@ TEST_F(DecodingEquivalence, words_within_words_decode_as_the_rule_does_pass_by_p
   }
 }
 
+TEST_F(DecodingEquivalence, words_within_words_with_escapes_and_line_ends_behind_decode_as_the_rule_does_pass_by_pass) {
+  constexpr std::array kHeads = {"=?utf-8?q?."sv, "=?x?Q?"sv, "=?windows-1251?q?\r"sv, "=?x?q?a\n"sv, "=?x?q?=3D"sv};
+  constexpr std::array kTails = {
+      "x=41"sv, "=\r\n"sv, "x\r\n"sv, "\r"sv,  "\n"sv,      "\t"sv,    "=0D=0A"sv, "=09"sv, "=3F"sv,    "=3D"sv,
+      "=5F"sv,  "=4"sv,    "="sv,     "=gx"sv, "?"sv,       "=3D41"sv, "=3Dgx"sv,  "_"sv,   "=00"sv,    ""sv,
+      "tf-8"sv, "=?"sv,    "=3D?u"sv, "u"sv,   "=75tf-8"sv, "-7"sv,    "\xE9"sv,   "=e9"sv, "=3D=3F"sv, "=?utf-8"sv};
+  RandomValue random(5);
+  for (int i = 0; i < rounds(150'000); ++i) {
+    const std::size_t levels = random.below(6) + 1;
+    std::string value;
+    for (std::size_t level = 0; level < levels; ++level) value += kHeads[random.below(kHeads.size())];
+    value += random.below(3) == 0 ? "=?u" : "core";
+    for (std::size_t level = 0; level < levels; ++level) {
+      for (std::size_t tails = random.below(3); tails > 0; --tails) value += kTails[random.below(kTails.size())];
+      value += "?=";
+    }
+    if (!is_same(value)) return;
+  }
+}
+
 TEST_F(DecodingEquivalence, utf7_values_decode_as_the_rule_does_pass_by_pass_whatever_the_process_code_page) {
   constexpr std::array kCodePages = {0, 1251, 65000, 65001, 12345};
   RandomValue random(4);

@@ -265,6 +265,26 @@ TEST_F(EncodedWord, megabyte_values_are_decoded_whole) {
   EXPECT_EQ(decode_encoded_words(nested).code_page, 65001);
 }
 
+TEST_F(EncodedWord, words_within_words_with_escapes_or_line_ends_behind_are_decoded_whole) {
+  constexpr std::size_t kLevels = 50'000;
+  const struct {
+    std::string_view tail;
+    std::string_view decoded;
+  } rows[] = {{"x=41", "xA"},       {"=gx.", "=GX."},  {"x\r\n", "x\r\n"},
+              {"=0D=0A.", "\r\n."}, {"x=\r\ny", "xy"}, {"a_b", "a b"}};
+  for (const auto& row : rows) {
+    std::string nested, expected;
+    for (std::size_t i = 0; i < kLevels; ++i) nested += "=?utf-8?q?.";
+    nested += "core";
+    for (std::size_t i = 0; i < kLevels; ++i) nested += std::string(row.tail) + "?=";
+    expected = std::string(kLevels, '.') + "core";
+    for (std::size_t i = 0; i < kLevels; ++i) expected += row.decoded;
+    const mime::DecodedValue decoded = decode_encoded_words(nested);
+    EXPECT_TRUE(decoded.bytes == expected) << row.tail;
+    EXPECT_EQ(decoded.code_page, 65001) << row.tail;
+  }
+}
+
 TEST_F(EncodedWord, a_text_is_written_as_one_utf8_base64_word_of_any_length) {
   EXPECT_EQ(utf8_encoded_word(u"Gr\u00FC\u00DFe"), u"=?UTF-8?B?R3LDvMOfZQ==?=");
   EXPECT_EQ(utf8_encoded_word(u"a"), u"=?UTF-8?B?YQ==?=");
