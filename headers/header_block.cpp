@@ -11,6 +11,12 @@
 
 namespace vellobar::headers {
 
+namespace {
+
+constexpr std::size_t kFirstPiece = 4096;
+
+}  // namespace
+
 std::string_view LineReader::next() {
   for (std::size_t searched = 0;;) {
     const std::string_view held(buffer_.data() + begin_, end_ - begin_);
@@ -37,7 +43,8 @@ void LineReader::fill() {
   begin_ = 0;
   // What came to the file after it was opened belongs to no message.
   const std::int64_t from = position_ + static_cast<std::int64_t>(end_);
-  const std::int64_t room = static_cast<std::int64_t>(buffer_.size() - end_);
+  // Most header blocks are short: the first piece is, too.
+  const std::int64_t room = static_cast<std::int64_t>(end_ == 0 ? kFirstPiece : buffer_.size() - end_);
   const std::int64_t left = std::max<std::int64_t>(file_.size() - from, 0);
   end_ += file_.read(from, buffer_.data() + end_, static_cast<std::size_t>(std::min(room, left)));
 }
