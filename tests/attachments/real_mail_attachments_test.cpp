@@ -81,7 +81,7 @@ TEST(RealMailAttachments, decode_as_pythons_where_the_rules_coincide) {
 
   const std::string input = folder.file("requests", requests);
   const std::string output = folder.path("answers");
-  const std::string command = "python3 \"" VELLOBAR_SOURCE_FOLDER "/tests/attachments/decode_attachments.py\" < \"" +
+  const std::string command = "python3 \"" + tests::source_file("tests/attachments/decode_attachments.py") + "\" < \"" +
                               input + "\" > \"" + output + '"';
   ASSERT_EQ(std::system(command.c_str()), 0);
 

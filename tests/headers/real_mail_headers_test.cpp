@@ -104,8 +104,8 @@ TEST(RealMailHeaders, subjects_decode_as_pythons_where_the_rules_coincide) {
   const tests::TemporaryFolder folder;
   const std::string input = folder.file("values", values);
   const std::string output = folder.path("texts");
-  const std::string command =
-      "python3 \"" VELLOBAR_SOURCE_FOLDER "/tests/headers/decode_subjects.py\" < \"" + input + "\" > \"" + output + '"';
+  const std::string command = "python3 \"" + tests::source_file("tests/headers/decode_subjects.py") + "\" < \"" +
+                              input + "\" > \"" + output + '"';
   ASSERT_EQ(std::system(command.c_str()), 0);
 
   std::map<std::string, int> apart;

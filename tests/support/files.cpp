@@ -23,10 +23,12 @@ void put(const std::string& path, std::string_view content, std::ios::openmode m
 
 fs::path corpus() {
   const char* named = std::getenv("VELLOBAR_CORPUS");
-  return named != nullptr ? fs::path(named) : fs::path(VELLOBAR_SOURCE_FOLDER) / ".." / "shared" / "corpus";
+  return named != nullptr ? fs::path(named) : fs::path(source_file("..")) / "shared" / "corpus";
 }
 
 }  // namespace
+
+std::string source_file(std::string_view name) { return (fs::path(VELLOBAR_SOURCE_FOLDER) / name).string(); }
 
 TemporaryFolder::TemporaryFolder() {
   std::random_device random;

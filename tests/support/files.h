@@ -35,6 +35,9 @@ std::u16string wide(std::string_view ascii);
 /// Client text of ASCII characters as bytes; anything else shows as "?".
 std::string plain(std::u16string_view text);
 
+/// Path of a file of the project, such as a program in another language that a test runs.
+std::string source_file(std::string_view name);
+
 /// All files of the real mail below a folder of it ("mbox", "joined"), sorted; empty where it is absent.
 std::vector<std::string> corpus_files(std::string_view folder);
 
