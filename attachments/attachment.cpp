@@ -59,7 +59,7 @@ void CAttachment::save_to(std::u16string_view filename) {
   if (encoding_ < kFirstEncoding || encoding_ > kLastEncoding) {
     throw Error(ErrorNumber::unknown_encoder, Reporter::attachment);
   }
-  const std::string path = platform::narrow(platform::process_code_page(), filename);
+  const std::string path = platform::process_bytes(filename);
   if (is_source_or_mailbox(path)) throw Error(ErrorNumber::cannot_access_destination, Reporter::attachment);
   try {
     const std::unique_ptr<platform::OutputFile> output = platform::OutputFile::create(path);

@@ -92,7 +92,7 @@ NewFile make_new_file(const fs::path& folder, const std::string& name) {
     if (number > 0) {
       path = folder / (wanted.stem().string() + " (" + std::to_string(number) + ")" + wanted.extension().string());
     }
-    platform::FileHandle handle = platform::FileHandle::create_new(path.string());
+    platform::FileHandle handle = platform::FileHandle::open(path.string(), platform::Opening::create_new);
     if (handle.valid()) return {std::move(path), std::move(handle)};
     std::error_code ignored;
     if (!fs::exists(fs::symlink_status(path, ignored))) throw Failure("cannot write " + path.string());
