@@ -15,6 +15,9 @@ constexpr std::size_t kLargestPiece = std::size_t{1} << 30;
 constexpr int kRenameTries = 5;
 constexpr DWORD kRenamePause = 20;  // milliseconds, doubled from try to try
 
+/// ERROR_DISK_QUOTA_EXCEEDED, which MinGW's headers lack.
+constexpr DWORD kDiskQuotaExceeded = 1295;
+
 /// What a new file cannot be given.
 constexpr DWORD kLostAttributes = FILE_ATTRIBUTE_COMPRESSED | FILE_ATTRIBUTE_ENCRYPTED;
 
@@ -198,7 +201,7 @@ FileSystem& real_file_system() noexcept {
 
 bool is_out_of_room(const std::error_code& failure) noexcept {
   return failure == error(ERROR_DISK_FULL) || failure == error(ERROR_HANDLE_DISK_FULL) ||
-         failure == error(ERROR_DISK_QUOTA_EXCEEDED);
+         failure == error(kDiskQuotaExceeded);
 }
 
 FileFacts facts_of(const std::string& path) noexcept {
