@@ -233,6 +233,26 @@ TEST_P(UpdateThatFails, at_every_change_from_one_on_leaves_what_the_next_lock_ma
                  });
 }
 
+TEST(Update, that_cannot_read_a_message_is_30002_and_leaves_the_mailbox_alone) {
+  MailboxToBreak box(Way::by_renaming);
+  for (const MailboxShape& shape : tests::mailbox_shapes()) {
+    SCOPED_TRACE(shape.name);
+    const std::int64_t size = static_cast<std::int64_t>(shape.content.size());
+    for (const std::int64_t position : {std::int64_t{0}, size / 3, size / 2, size - 1}) {
+      if (size == 0) continue;
+      box.reset(shape.content);
+      CVellobar control;
+      box.lock(control);
+      FaultyFileSystem failing;
+      failing.fail_reads_from(position);
+      EXPECT_FALSE(update(control, failing)) << position;
+      EXPECT_TRUE(box.content() == shape.content);
+      EXPECT_TRUE(control.Locked());
+      EXPECT_EQ(box.leftovers(), std::vector<std::string>());
+    }
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(Update, UpdateThatDies, testing::ValuesIn(kWays));
 INSTANTIATE_TEST_SUITE_P(Update, UpdateThatFails, testing::ValuesIn(kWays));
 

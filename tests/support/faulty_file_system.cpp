@@ -31,6 +31,9 @@ std::error_code FaultyFileSystem::open(const std::string& path, Opening how, Ope
 
 std::error_code FaultyFileSystem::read(OpenFile file, std::int64_t position, void* to, std::size_t count,
                                        std::size_t& got) noexcept {
+  if (position >= unreadable_from_) return std::make_error_code(std::errc::io_error);
+  const std::int64_t readable = unreadable_from_ - position;
+  if (static_cast<std::int64_t>(count) > readable) count = static_cast<std::size_t>(readable);
   return real_.read(file, position, to, count, got);
 }
 

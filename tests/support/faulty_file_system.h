@@ -1,9 +1,11 @@
 // A file system that fails, or stops as if the process had died, at one call of those that change a disk: opening to
 // write, writing, cutting, syncing, closing what was written, giving attributes, renaming, syncing a folder, removing.
-// Reading goes on whatever happens. It does not wait for the disk, since nothing here takes the power away.
+// Reading goes on whatever happens, unless it is told to fail. It does not wait for the disk, since nothing here takes
+// the power away.
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <set>
 #include <string>
 #include <system_error>
@@ -26,6 +28,9 @@ class FaultyFileSystem final : public platform::FileSystem {
   /// The fault comes at the change of this number, counted from 0.
   explicit FaultyFileSystem(Fault fault = Fault::none, std::int64_t at = -1,
                             std::error_code failure = std::make_error_code(std::errc::io_error));
+
+  /// From now on nothing at or behind this position can be read.
+  void fail_reads_from(std::int64_t position) { unreadable_from_ = position; }
 
   /// Changes so far, whether they were made or not.
   std::int64_t changes() const { return changes_; }
@@ -51,6 +56,7 @@ class FaultyFileSystem final : public platform::FileSystem {
   Fault fault_;
   std::int64_t at_;
   std::error_code failure_;
+  std::int64_t unreadable_from_ = std::numeric_limits<std::int64_t>::max();
   std::int64_t changes_ = 0;
   bool is_dead_ = false;
   std::set<platform::OpenFile> written_;
