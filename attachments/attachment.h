@@ -1,6 +1,6 @@
 // One attachment of a message: where its coded bytes lie, how they are coded, and what it is called. It reads from the
-// file that its part reads from, or from a temporary file that holds a UU block found in text; that one it keeps open
-// until it ends. When the file was closed (the mailbox was unlocked) there is nothing left to decode.
+// file that its part reads from, or from a temporary file of its own that holds a UU block found in text. When the
+// mailbox's file was closed (the mailbox was unlocked) there is nothing left to decode.
 #pragma once
 
 #include <cstdint>
@@ -24,6 +24,7 @@ struct CodedRange {
   std::shared_ptr<platform::File> file;
   std::int64_t start = 0;
   std::int64_t end = 0;
+  std::string reopened_from = {};  ///< the path of a file that is open only while it is decoded
 };
 
 class CAttachment {

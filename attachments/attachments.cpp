@@ -2,10 +2,10 @@
 
 #include <optional>
 #include <string>
-#include <system_error>
 #include <utility>
 
 #include "attachments/attachment.h"
+#include "attachments/block_source.h"
 #include "attachments/classification.h"
 #include "attachments/description.h"
 #include "attachments/uu_blocks.h"
@@ -15,8 +15,6 @@
 #include "mailbox/message.h"
 #include "mailbox/messages.h"
 #include "platform/code_page.h"
-#include "platform/file.h"
-#include "platform/temporary_file.h"
 
 namespace vellobar {
 
@@ -82,23 +80,6 @@ std::string readable_text(CMessage& message) {
   }
 }
 
-/// A temporary file with these bytes, open for reading; null when it cannot be written. Error 30012 when it cannot be
-/// read again. It stays on the disk.
-std::shared_ptr<platform::File> temporary_file_with(std::string_view bytes) {
-  const std::string path = platform::temporary_file_name();
-  try {
-    const std::unique_ptr<platform::OutputFile> output = platform::OutputFile::create(path);
-    if (!output) return nullptr;
-    output->write(bytes);
-    output->close();
-  } catch (const std::system_error&) {
-    return nullptr;
-  }
-  std::shared_ptr<platform::File> file = platform::File::open(path);
-  if (!file) throw Error(ErrorNumber::cannot_write_temporary_file, Reporter::vellobar);
-  return file;
-}
-
 }  // namespace
 
 CAttachments::CAttachments() = default;
@@ -147,18 +128,16 @@ void CAttachments::find_in_text(CMessage& message) {
   const std::string text = readable_text(message);
   attachments::UuBlocks blocks(text);
   while (std::optional<attachments::UuBlock> block = blocks.next()) {
-    std::shared_ptr<platform::File> file;
+    CodedRange source;
     try {
-      file = temporary_file_with(block->lines);
+      source = attachments::make_block_source(block->lines);
     } catch (const Error&) {
       if (!has_control()) throw Error(Status::fail);
       throw;
     }
     // Without room for the block the search ends quietly.
-    if (!file) return;
-    const auto size = static_cast<std::int64_t>(block->lines.size());
-    items_.push_back(std::make_shared<CAttachment>(owner_, message.weak_from_this(),
-                                                   CodedRange{std::move(file), 0, size},
+    if (!source.file) return;
+    items_.push_back(std::make_shared<CAttachment>(owner_, message.weak_from_this(), std::move(source),
                                                    static_cast<int>(codecs::AttachmentEncoding::uuencode)));
     items_.back()->describe(platform::widen(platform::process_code_page(), block->name), {});
   }
