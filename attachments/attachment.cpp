@@ -57,6 +57,12 @@ void CAttachment::describe(std::u16string name, std::u16string type) {
   type_ = std::move(type);
 }
 
+std::shared_ptr<CAttachment> CAttachment::another() const {
+  auto attachment = std::make_shared<CAttachment>(owner_, part_, range_, encoding_);
+  attachment->describe(name_, type_);
+  return attachment;
+}
+
 void CAttachment::SetName(std::u16string_view name) {
   name_ = name;
   name_given_ = true;

@@ -62,6 +62,8 @@ class CAttachment {
   /// For the component's own use: what discovery read in the mail.
   void describe(std::u16string name, std::u16string type);
   const CodedRange& range() const { return range_; }
+  /// Another object that says the same.
+  std::shared_ptr<CAttachment> another() const;
   /// Decodes into a sink; nothing when there is no source or the encoding is unknown. Throws std::system_error when the
   /// source cannot be read, and what the sink throws.
   void decode_to(platform::ByteSink& sink) const;

@@ -45,28 +45,37 @@ struct Visit {
   CMessage* part;
   std::size_t next_header = 0;
   Classification classification{};
-  std::shared_ptr<CMessages> parts{};
+  std::shared_ptr<CMessages> parts{};  ///< while they are visited
   std::int64_t next_part = 0;
+  // Which attachments were found in its parts, once they were visited.
+  bool has_visited_parts = false;
+  std::size_t first_found = 0;
+  std::size_t behind_found = 0;
 
   /// The next of the part's own parts; null when there is none left to visit now.
-  CMessage* take_part() {
-    if (!parts) return nullptr;
-    if (next_part < parts->Count()) return parts->Item(next_part++).get();
+  CMessage* take_part() { return parts && next_part < parts->Count() ? parts->Item(next_part++).get() : nullptr; }
+
+  void begin_parts(std::size_t found) {
+    parts = part->Parts();
+    first_found = found;
+  }
+  void end_parts(std::size_t found) {
+    if (!parts) return;
     parts.reset();
-    return nullptr;
+    has_visited_parts = true;
+    behind_found = found;
   }
 
-  /// Takes headers up to the end of the block, or up to one whose parts come first.
-  void take_headers() {
+  /// Takes headers up to the end of the block, or up to one whose parts come first. True for that one.
+  bool take_headers() {
     const CHeaders* headers = part->load_headers();
-    if (headers == nullptr) return;
-    while (!parts && next_header < static_cast<std::size_t>(headers->Count())) {
+    if (headers == nullptr) return false;
+    while (next_header < static_cast<std::size_t>(headers->Count())) {
       const std::size_t header = next_header++;
       const std::string name = headers->narrow_lower_name(header);
-      if (!Classification::reads(name) || !classification.take(name, headers->narrow_value(header))) continue;
-      parts = part->Parts();
-      next_part = 0;
+      if (Classification::reads(name) && classification.take(name, headers->narrow_value(header))) return true;
     }
+    return false;
   }
 };
 
@@ -94,7 +103,8 @@ std::int64_t CAttachments::Count() {
 }
 
 std::shared_ptr<CAttachment> CAttachments::Item(std::int64_t index) {
-  if (index < 0 || index >= Count()) throw Error(Status::invalid_argument);
+  const std::int64_t count = Count();
+  if (index < 0 || index >= count) throw Error(Status::invalid_argument);
   return items_[static_cast<std::size_t>(index)];
 }
 
@@ -115,13 +125,27 @@ void CAttachments::find_in_parts(CMessage& message) {
       visits.push_back(Visit{part});
       continue;
     }
-    visit.take_headers();
-    if (visit.parts) continue;
+    visit.end_parts(items_.size());
+    if (visit.take_headers()) {
+      if (visit.has_visited_parts) {
+        list_again(visit.first_found, visit.behind_found);
+      } else {
+        visit.begin_parts(items_.size());
+      }
+      continue;
+    }
     if (visit.classification.is_attachment()) {
       items_.push_back(make_attachment(owner_, *visit.part, visit.classification.encoding()));
     }
     visits.pop_back();
   }
+}
+
+/// A second multipart header lists what its parts hold once more. Mail in which such headers nest would multiply its
+/// attachments without end, so a long list is not lengthened by what it holds already.
+void CAttachments::list_again(std::size_t first, std::size_t behind) {
+  if (items_.size() + (behind - first) > kMostWithRepetitions) return;
+  for (std::size_t i = first; i < behind; ++i) items_.push_back(items_[i]->another());
 }
 
 void CAttachments::find_in_text(CMessage& message) {

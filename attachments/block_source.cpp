@@ -48,7 +48,10 @@ bool write_lines(const std::string& path, std::string_view lines) {
 
 CodedRange make_block_source(std::string_view lines) {
   std::string path = platform::temporary_file_name();
-  if (!write_lines(path, lines)) return {};
+  if (!write_lines(path, lines)) {
+    platform::remove_file(path);
+    return {};
+  }
   std::shared_ptr<platform::File> file = platform::File::open(path);
   if (!file) throw Error(ErrorNumber::cannot_write_temporary_file, Reporter::vellobar);
   const auto size = static_cast<std::int64_t>(lines.size());
