@@ -145,13 +145,14 @@ void CMessages::Add(const std::shared_ptr<CMessage>& message) {
 
 std::shared_ptr<CMessage> CMessages::adopt(std::shared_ptr<platform::File> file, std::int64_t size) {
   auto message = std::make_shared<CMessage>(owner_, this, std::move(file), size);
+  if (parent_ == nullptr) message->recognise_separator_line();
+  // First of all: what there is no memory for is not added.
+  message->Load();
   if (parent_ != nullptr) {
     parent_->become_multipart_for_added_part();
     message->store_mail_info(parent_->PartsBoundary());
   }
   append(message);
-  if (parent_ == nullptr) message->recognise_separator_line();
-  message->Load();
   if (parent_ == nullptr) message->make_missing_separator_line();
   return message;
 }
