@@ -23,5 +23,6 @@ struct GrowthFamily {
 
 /// The families of one area, one file each: growth_AREA.cpp.
 std::span<const GrowthFamily> header_growth_families();
+std::span<const GrowthFamily> part_growth_families();
 
 }  // namespace vellobar::bench
