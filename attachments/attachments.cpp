@@ -43,6 +43,7 @@ std::shared_ptr<CAttachment> make_attachment(const OwnerLink& owner, CMessage& p
 /// A part whose headers are being walked, and, in the midst of that, its own parts.
 struct Visit {
   CMessage* part;
+  CMessage::Held before = part->held();
   std::size_t next_header = 0;
   Classification classification{};
   std::shared_ptr<CMessages> parts{};  ///< while they are visited
@@ -137,6 +138,7 @@ void CAttachments::find_in_parts(CMessage& message) {
     if (visit.classification.is_attachment()) {
       items_.push_back(make_attachment(owner_, *visit.part, visit.classification.encoding()));
     }
+    visit.part->drop_headers_that_run_on(visit.before);
     visits.pop_back();
   }
 }

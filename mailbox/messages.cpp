@@ -213,10 +213,13 @@ mailbox::ScanResult CMessages::split(const std::shared_ptr<platform::File>& file
 
 void CMessages::split(const std::shared_ptr<platform::File>& file, std::u16string_view delimiter,
                       const std::vector<mailbox::Extent>& parts, std::shared_ptr<const mime::PartOutline> outline) {
+  // Put together first: when memory runs out, nothing was split.
+  std::deque<Entry> items;
+  for (const mailbox::Extent& extent : parts) items.push_back({extent, nullptr});
   file_ = file;
   set_separator(delimiter);
   outline_ = std::move(outline);
-  for (const mailbox::Extent& extent : parts) items_.push_back({extent, nullptr});
+  items_ = std::move(items);
 }
 
 mailbox::ScanResult CMessages::scan_range(std::int64_t from, std::int64_t limit) {
