@@ -26,6 +26,25 @@ bool is_coded_in_sextets(int encoding) {
          encoding == static_cast<int>(AttachmentEncoding::uuencode);
 }
 
+/// Keeps a source open that is open only while it is decoded. Throws std::system_error when it cannot be opened.
+class OpenSource {
+ public:
+  explicit OpenSource(const CodedRange& range) {
+    if (range.reopened_from.empty() || range.file->is_open()) return;
+    range.file->resume(range.reopened_from);
+    if (!range.file->is_open()) throw std::system_error(std::make_error_code(std::errc::io_error), "open attachment");
+    opened_ = range.file.get();
+  }
+  ~OpenSource() {
+    if (opened_ != nullptr) opened_->suspend();
+  }
+  OpenSource(const OpenSource&) = delete;
+  OpenSource& operator=(const OpenSource&) = delete;
+
+ private:
+  platform::File* opened_ = nullptr;
+};
+
 }  // namespace
 
 CAttachment::CAttachment() = default;
@@ -36,6 +55,12 @@ CAttachment::CAttachment(OwnerLink owner, std::weak_ptr<CMessage> part, CodedRan
 void CAttachment::describe(std::u16string name, std::u16string type) {
   name_ = std::move(name);
   type_ = std::move(type);
+}
+
+std::shared_ptr<CAttachment> CAttachment::another() const {
+  auto attachment = std::make_shared<CAttachment>(owner_, part_, range_, encoding_);
+  attachment->describe(name_, type_);
+  return attachment;
 }
 
 void CAttachment::SetName(std::u16string_view name) {
@@ -60,8 +85,9 @@ void CAttachment::save_to(std::u16string_view filename) {
     throw Error(ErrorNumber::unknown_encoder, Reporter::attachment);
   }
   const std::string path = platform::process_bytes(filename);
-  if (is_source_or_mailbox(path)) throw Error(ErrorNumber::cannot_access_destination, Reporter::attachment);
   try {
+    const OpenSource source(range_);
+    if (is_source_or_mailbox(path)) throw Error(ErrorNumber::cannot_access_destination, Reporter::attachment);
     const std::unique_ptr<platform::OutputFile> output = platform::OutputFile::create(path);
     if (!output) throw Error(ErrorNumber::cannot_access_destination, Reporter::attachment);
     decode_to(*output);
@@ -73,6 +99,7 @@ void CAttachment::save_to(std::u16string_view filename) {
 
 void CAttachment::decode_to(platform::ByteSink& sink) const {
   if (!range_.file) return;
+  const OpenSource source(range_);
   if (encoding_ == static_cast<int>(AttachmentEncoding::seven_bit)) {
     attachments::copy_range(*range_.file, range_.start, range_.end, sink);
   } else {

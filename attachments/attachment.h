@@ -1,6 +1,6 @@
 // One attachment of a message: where its coded bytes lie, how they are coded, and what it is called. It reads from the
-// file that its part reads from, or from a temporary file that holds a UU block found in text; that one it keeps open
-// until it ends. When the file was closed (the mailbox was unlocked) there is nothing left to decode.
+// file that its part reads from, or from a temporary file of its own that holds a UU block found in text. When the
+// mailbox's file was closed (the mailbox was unlocked) there is nothing left to decode.
 #pragma once
 
 #include <cstdint>
@@ -24,6 +24,7 @@ struct CodedRange {
   std::shared_ptr<platform::File> file;
   std::int64_t start = 0;
   std::int64_t end = 0;
+  std::string reopened_from = {};  ///< the path of a file that is open only while it is decoded
 };
 
 class CAttachment {
@@ -61,6 +62,8 @@ class CAttachment {
   /// For the component's own use: what discovery read in the mail.
   void describe(std::u16string name, std::u16string type);
   const CodedRange& range() const { return range_; }
+  /// Another object that says the same.
+  std::shared_ptr<CAttachment> another() const;
   /// Decodes into a sink; nothing when there is no source or the encoding is unknown. Throws std::system_error when the
   /// source cannot be read, and what the sink throws.
   void decode_to(platform::ByteSink& sink) const;

@@ -2,10 +2,10 @@
 
 #include <optional>
 #include <string>
-#include <system_error>
 #include <utility>
 
 #include "attachments/attachment.h"
+#include "attachments/block_source.h"
 #include "attachments/classification.h"
 #include "attachments/description.h"
 #include "attachments/uu_blocks.h"
@@ -15,8 +15,6 @@
 #include "mailbox/message.h"
 #include "mailbox/messages.h"
 #include "platform/code_page.h"
-#include "platform/file.h"
-#include "platform/temporary_file.h"
 
 namespace vellobar {
 
@@ -45,30 +43,40 @@ std::shared_ptr<CAttachment> make_attachment(const OwnerLink& owner, CMessage& p
 /// A part whose headers are being walked, and, in the midst of that, its own parts.
 struct Visit {
   CMessage* part;
+  CMessage::Held before = part->held();
   std::size_t next_header = 0;
   Classification classification{};
-  std::shared_ptr<CMessages> parts{};
+  std::shared_ptr<CMessages> parts{};  ///< while they are visited
   std::int64_t next_part = 0;
+  // Which attachments were found in its parts, once they were visited.
+  bool has_visited_parts = false;
+  std::size_t first_found = 0;
+  std::size_t behind_found = 0;
 
   /// The next of the part's own parts; null when there is none left to visit now.
-  CMessage* take_part() {
-    if (!parts) return nullptr;
-    if (next_part < parts->Count()) return parts->Item(next_part++).get();
+  CMessage* take_part() { return parts && next_part < parts->Count() ? parts->Item(next_part++).get() : nullptr; }
+
+  void begin_parts(std::size_t found) {
+    parts = part->Parts();
+    first_found = found;
+  }
+  void end_parts(std::size_t found) {
+    if (!parts) return;
     parts.reset();
-    return nullptr;
+    has_visited_parts = true;
+    behind_found = found;
   }
 
-  /// Takes headers up to the end of the block, or up to one whose parts come first.
-  void take_headers() {
+  /// Takes headers up to the end of the block, or up to one whose parts come first. True for that one.
+  bool take_headers() {
     const CHeaders* headers = part->load_headers();
-    if (headers == nullptr) return;
-    while (!parts && next_header < static_cast<std::size_t>(headers->Count())) {
+    if (headers == nullptr) return false;
+    while (next_header < static_cast<std::size_t>(headers->Count())) {
       const std::size_t header = next_header++;
       const std::string name = headers->narrow_lower_name(header);
-      if (!Classification::reads(name) || !classification.take(name, headers->narrow_value(header))) continue;
-      parts = part->Parts();
-      next_part = 0;
+      if (Classification::reads(name) && classification.take(name, headers->narrow_value(header))) return true;
     }
+    return false;
   }
 };
 
@@ -80,23 +88,6 @@ std::string readable_text(CMessage& message) {
     if (error.status() != Status::numbered || error.number() != ErrorNumber::cannot_load_text) throw;
     return {};
   }
-}
-
-/// A temporary file with these bytes, open for reading; null when it cannot be written. Error 30012 when it cannot be
-/// read again. It stays on the disk.
-std::shared_ptr<platform::File> temporary_file_with(std::string_view bytes) {
-  const std::string path = platform::temporary_file_name();
-  try {
-    const std::unique_ptr<platform::OutputFile> output = platform::OutputFile::create(path);
-    if (!output) return nullptr;
-    output->write(bytes);
-    output->close();
-  } catch (const std::system_error&) {
-    return nullptr;
-  }
-  std::shared_ptr<platform::File> file = platform::File::open(path);
-  if (!file) throw Error(ErrorNumber::cannot_write_temporary_file, Reporter::vellobar);
-  return file;
 }
 
 }  // namespace
@@ -113,7 +104,8 @@ std::int64_t CAttachments::Count() {
 }
 
 std::shared_ptr<CAttachment> CAttachments::Item(std::int64_t index) {
-  if (index < 0 || index >= Count()) throw Error(Status::invalid_argument);
+  const std::int64_t count = Count();
+  if (index < 0 || index >= count) throw Error(Status::invalid_argument);
   return items_[static_cast<std::size_t>(index)];
 }
 
@@ -134,31 +126,44 @@ void CAttachments::find_in_parts(CMessage& message) {
       visits.push_back(Visit{part});
       continue;
     }
-    visit.take_headers();
-    if (visit.parts) continue;
+    visit.end_parts(items_.size());
+    if (visit.take_headers()) {
+      if (visit.has_visited_parts) {
+        list_again(visit.first_found, visit.behind_found);
+      } else {
+        visit.begin_parts(items_.size());
+      }
+      continue;
+    }
     if (visit.classification.is_attachment()) {
       items_.push_back(make_attachment(owner_, *visit.part, visit.classification.encoding()));
     }
+    visit.part->drop_headers_that_run_on(visit.before);
     visits.pop_back();
   }
+}
+
+/// A second multipart header lists what its parts hold once more. Mail in which such headers nest would multiply its
+/// attachments without end, so a long list is not lengthened by what it holds already.
+void CAttachments::list_again(std::size_t first, std::size_t behind) {
+  if (items_.size() + (behind - first) > kMostWithRepetitions) return;
+  for (std::size_t i = first; i < behind; ++i) items_.push_back(items_[i]->another());
 }
 
 void CAttachments::find_in_text(CMessage& message) {
   const std::string text = readable_text(message);
   attachments::UuBlocks blocks(text);
   while (std::optional<attachments::UuBlock> block = blocks.next()) {
-    std::shared_ptr<platform::File> file;
+    CodedRange source;
     try {
-      file = temporary_file_with(block->lines);
+      source = attachments::make_block_source(block->lines);
     } catch (const Error&) {
       if (!has_control()) throw Error(Status::fail);
       throw;
     }
     // Without room for the block the search ends quietly.
-    if (!file) return;
-    const auto size = static_cast<std::int64_t>(block->lines.size());
-    items_.push_back(std::make_shared<CAttachment>(owner_, message.weak_from_this(),
-                                                   CodedRange{std::move(file), 0, size},
+    if (!source.file) return;
+    items_.push_back(std::make_shared<CAttachment>(owner_, message.weak_from_this(), std::move(source),
                                                    static_cast<int>(codecs::AttachmentEncoding::uuencode)));
     items_.back()->describe(platform::process_text(block->name), {});
   }

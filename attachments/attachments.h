@@ -3,6 +3,7 @@
 // The collection belongs to its message, which clears the way back when it lets the collection go.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -44,6 +45,9 @@ class CAttachments {
 
   // For the component's own use.
 
+  /// A list this long is not lengthened by attachments that it holds already; see list_again.
+  static constexpr std::size_t kMostWithRepetitions = 65536;
+
   /// What Add calls a file: all behind the last backslash, "unknown" when there is none.
   static std::u16string_view name_for(std::u16string_view filename);
   /// Add under a name of the caller's choice, with errors that keep their numbers also without a control.
@@ -55,6 +59,7 @@ class CAttachments {
   bool has_control() const { return owner_ && owner_->control != nullptr; }
   void find_attachments();
   void find_in_parts(CMessage& message);
+  void list_again(std::size_t first, std::size_t behind);
   void find_in_text(CMessage& message);
 
   OwnerLink owner_;

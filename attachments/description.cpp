@@ -22,9 +22,12 @@ CutValue cut(std::string_view value) {
 
 std::u16string widen(std::string_view bytes) { return platform::widen(platform::process_code_page(), bytes); }
 
+/// The name without its encoded words; one in which nothing was decoded reads like every other text.
 std::u16string decoded_or_raw(std::string_view name) {
-  std::u16string decoded = mime::decode_header_value(name);
-  return decoded.empty() ? widen(name) : decoded;
+  const mime::DecodedValue decoded = mime::decode_encoded_words(name);
+  if (decoded.bytes == name) return widen(name);
+  std::u16string text = platform::widen(decoded.code_page, decoded.bytes);
+  return text.empty() ? widen(name) : text;
 }
 
 }  // namespace

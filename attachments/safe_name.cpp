@@ -20,11 +20,16 @@ bool is_unsafe(char byte) {
   return static_cast<unsigned char>(byte) < 0x20 || kUnsafe.find(byte) != kUnsafe.npos;
 }
 
+bool is_unsafe(std::string_view bytes) {
+  return std::any_of(bytes.begin(), bytes.end(), [](char byte) { return is_unsafe(byte); });
+}
+
 /// Judged by the bytes that would name the file: a code page may turn a look-alike into a separator.
 bool is_unsafe_character(char16_t c, int code_page) {
-  const std::string bytes = platform::narrow(code_page, std::u16string_view(&c, 1));
-  return std::any_of(bytes.begin(), bytes.end(), is_unsafe);
+  return is_unsafe(platform::narrow(code_page, std::u16string_view(&c, 1)));
 }
+
+bool is_beyond_ascii(char16_t c) { return c > 0x7F; }
 
 bool is_digit(char16_t c) { return (c >= u'0' && c <= u'9') || c == 0xB9 || c == 0xB2 || c == 0xB3; }
 
@@ -55,6 +60,10 @@ std::u16string safe_file_name(std::u16string_view name, int code_page) {
   std::u16string safe(name);
   std::replace_if(
       safe.begin(), safe.end(), [code_page](char16_t c) { return is_unsafe_character(c, code_page); }, u'_');
+  // Where characters share bytes (UTF-7), harmless ones can make a separator together.
+  if (is_unsafe(platform::narrow(code_page, safe))) std::replace_if(safe.begin(), safe.end(), is_beyond_ascii, u'_');
+  // As it will be opened: a code page may take full-width letters for the plain ones of a device.
+  safe = platform::widen(code_page, platform::narrow(code_page, safe));
   for (std::size_t i = safe.find_last_not_of(u". ") + 1; i < safe.size(); ++i) safe[i] = u'_';
   if (is_device(safe)) safe.insert(safe.begin(), u'_');
   return safe;

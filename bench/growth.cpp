@@ -43,7 +43,8 @@ struct Area {
   std::string_view name;
   std::span<const GrowthFamily> (*families)();
 };
-constexpr std::array kAreas = {Area{"words", word_growth_families}, Area{"headers", header_growth_families}};
+constexpr std::array kAreas = {Area{"words", word_growth_families}, Area{"headers", header_growth_families},
+                               Area{"parts", part_growth_families}};
 
 const GrowthFamily& family_of_name(std::string_view name) {
   for (const Area& area : kAreas) {

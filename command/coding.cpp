@@ -45,9 +45,10 @@ struct CodingOptions {
 std::string why_it_failed(const CodingOptions& options) {
   namespace fs = std::filesystem;
   std::error_code ignored;
-  if (!fs::exists(options.in, ignored)) return "cannot read " + options.in + ": there is no such file";
-  if (fs::is_directory(options.in, ignored)) return "cannot read " + options.in + ": it is a folder";
-  if (fs::equivalent(options.in, options.out, ignored)) return options.in + " is both the input and the output";
+  const fs::path in = library_path(options.in);
+  if (!fs::exists(in, ignored)) return "cannot read " + options.in + ": there is no such file";
+  if (fs::is_directory(in, ignored)) return "cannot read " + options.in + ": it is a folder";
+  if (fs::equivalent(in, library_path(options.out), ignored)) return options.in + " is both the input and the output";
   return "cannot read " + options.in + " or write " + options.out;
 }
 

@@ -2,10 +2,13 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
+#include <string>
+#include <vector>
 
 #include "command/failure.h"
+#include "command/terminal.h"
 #include "command/verbs.h"
-#include "errors/error.h"
+#include "platform/code_page.h"
 
 namespace vellobar::command {
 
@@ -14,17 +17,21 @@ namespace {
 constexpr int kFailed = 1;
 constexpr int kWrongUse = 2;
 
-int run(int count, char** arguments) {
+/// Runs the verb that the arguments, the program's name first, ask for.
+int run(const std::vector<std::string>& arguments) {
   CLI::App program("Reads, edits and writes Unix mbox mailboxes.", "vellobar");
   program.set_version_flag("--version", "vellobar " VELLOBAR_VERSION);
   program.require_subcommand(1);
+  // What begins with a slash is a path on every system.
+  program.allow_windows_style_options(false);
   add_list(program);
   add_show(program);
   add_attachments(program);
   add_new(program);
   add_coding(program);
   try {
-    program.parse(count, arguments);
+    // The parser takes them from the back.
+    program.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend() - 1));
   } catch (const CLI::ParseError& error) {
     const int code = program.exit(error);
     return code == 0 ? 0 : kWrongUse;
@@ -33,16 +40,34 @@ int run(int count, char** arguments) {
   return 0;
 }
 
+int run_and_tell(const std::vector<std::string>& arguments) {
+  try {
+    return run(arguments);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "vellobar: %s\n", error.what());
+    return kFailed;
+  }
+}
+
 }  // namespace
 
 }  // namespace vellobar::command
 
-int main(int count, char** arguments) {
+#ifdef _WIN32
+
+int wmain(int count, wchar_t** arguments) {
   using namespace vellobar;
-  try {
-    return command::run(count, arguments);
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "vellobar: %s\n", error.what());
-    return command::kFailed;
+  const command::Utf8Console console;
+  std::vector<std::string> given;
+  for (int i = 0; i < count; ++i) {
+    const std::wstring_view argument = arguments[i];
+    given.push_back(platform::narrow(platform::kUtf8CodePage, std::u16string(argument.begin(), argument.end())));
   }
+  return command::run_and_tell(given);
 }
+
+#else
+
+int main(int count, char** arguments) { return vellobar::command::run_and_tell({arguments, arguments + count}); }
+
+#endif

@@ -1,18 +1,19 @@
 // `vellobar new OUT`: a new message made of options.
 #include <CLI/CLI.hpp>
-#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "command/failure.h"
+#include "command/path.h"
 #include "command/terminal.h"
 #include "command/verbs.h"
 #include "compose/composition.h"
 #include "errors/error.h"
 #include "mailbox/message.h"
 #include "mailbox/vellobar.h"
+#include "mime/encoded_word.h"
 #include "platform/code_page.h"
 
 namespace vellobar::command {
@@ -25,15 +26,26 @@ struct NewOptions {
   std::vector<std::string> attachments;
 };
 
-/// Arguments, file names among them, as the core takes them once the process code page is that of the locale.
-std::u16string core_text(const std::string& argument) {
-  return platform::widen(platform::process_code_page(), argument);
+/// Texts are composed in the terminal's code page. File names keep the default one, through which every name comes.
+class ComposingCodePage {
+ public:
+  ComposingCodePage() { CVellobar::SetCharSet(terminal_code_page()); }
+  ~ComposingCodePage() { CVellobar::SetCharSet(platform::kAnsiCodePage); }
+  ComposingCodePage(const ComposingCodePage&) = delete;
+  ComposingCodePage& operator=(const ComposingCodePage&) = delete;
+};
+
+std::u16string core_text(const std::string& argument) { return platform::widen(terminal_code_page(), argument); }
+
+/// What an attachment is called in the message, which holds ASCII only: another name becomes an encoded word.
+std::u16string name_in_mail(const std::string& path) {
+  const std::string name = from_library_path(library_path(path).filename());
+  return mime::has_8_bit_bytes(name) ? mime::utf8_encoded_word(core_text(name)) : core_text(name);
 }
 
 void attach(CMessage& message, const std::string& path) {
-  const std::u16string name = core_text(std::filesystem::path(path).filename().string());
   try {
-    compose::attach(message, name, core_text(path));
+    compose::attach(message, name_in_mail(path), core_path(path));
   } catch (const Error& error) {
     throw Failure("cannot attach " + path + ": " + error.what());
   }
@@ -51,17 +63,20 @@ void set_texts(CMessage& message, const NewOptions& options) {
   if (options.html) message.set_text_part(u"text/html", core_text(*options.html));
 }
 
-void write_new(const NewOptions& options) {
-#ifndef _WIN32
-  CVellobar::SetCharSet(terminal_code_page());
-#endif
-  const std::shared_ptr<CMessage> message =
+std::shared_ptr<CMessage> composed_message(const NewOptions& options) {
+  const ComposingCodePage composing;
+  std::shared_ptr<CMessage> message =
       compose::new_message(core_text(options.from), core_text(options.to), core_text(options.subject));
   set_texts(*message, options);
   compose::add_component_headers(*message);
+  return message;
+}
+
+void write_new(const NewOptions& options) {
+  const std::shared_ptr<CMessage> message = composed_message(options);
   for (const std::string& path : options.attachments) attach(*message, path);
   try {
-    message->Save(core_text(options.out));
+    message->Save(core_path(options.out));
   } catch (const Error& error) {
     if (error.number() != ErrorNumber::cannot_update_mailbox) throw;
     throw Failure("cannot write " + options.out);

@@ -1,6 +1,8 @@
 #include "command/terminal.h"
 
-#ifndef _WIN32
+#ifdef _WIN32
+#include <windows.h>
+#else
 #include <langinfo.h>
 #endif
 
@@ -46,6 +48,14 @@ int terminal_code_page() {
   static const int code_page = find_terminal_code_page();
   return code_page;
 }
+
+#ifdef _WIN32
+
+Utf8Console::Utf8Console() : before_(GetConsoleOutputCP()) { SetConsoleOutputCP(CP_UTF8); }
+
+Utf8Console::~Utf8Console() { SetConsoleOutputCP(before_); }
+
+#endif
 
 std::string shown_line(std::u16string_view text) {
   std::u16string line(text);

@@ -136,8 +136,12 @@ void CMessage::give_up_parts(std::vector<std::shared_ptr<CMessage>>& to) {
 }
 
 void CMessage::drop_what_walking_read(Held before) {
-  if (!before.body) drop_body();
+  if (!before.body && body_) drop_body();
   if (!before.headers) headers_.reset();
+}
+
+void CMessage::drop_headers_that_run_on(Held before) {
+  if (!before.headers && headers_run_on()) headers_.reset();
 }
 
 void CMessage::close_own_file() {

@@ -225,6 +225,8 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   Held held() const { return {headers_ != nullptr, body_.has_value()}; }
   /// Drops what only a walk has read.
   void drop_what_walking_read(Held before);
+  /// The same for the headers of a message whose block ran on behind its end: they are those of all that follows.
+  void drop_headers_that_run_on(Held before);
   /// True when a client holds a part at any depth, or a collection of parts.
   bool has_held_parts() const;
 
@@ -284,6 +286,8 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// The whole message but its parts, as a client reads it.
   std::u16string own_body() const;
   bool is_as_read();
+  /// True when the header block, which has been read, goes on behind the end.
+  bool headers_run_on() const { return body_offset_ > end_; }
   /// Whether one of the collections of parts made so far, at any depth, is wanted.
   template <typename Predicate>
   bool has_collection_below(Predicate is_wanted) const;

@@ -138,13 +138,14 @@ void CMessages::Add(const std::shared_ptr<CMessage>& message) {
 
 std::shared_ptr<CMessage> CMessages::adopt(std::shared_ptr<platform::File> file, std::int64_t size) {
   auto message = std::make_shared<CMessage>(owner_, this, std::move(file), size);
+  if (parent_ == nullptr) message->recognise_separator_line();
+  // First of all: what there is no memory for is not added.
+  message->Load();
   if (parent_ != nullptr) {
     parent_->become_multipart_for_added_part();
     message->store_mail_info(parent_->PartsBoundary());
   }
   append(message);
-  if (parent_ == nullptr) message->recognise_separator_line();
-  message->Load();
   if (parent_ == nullptr) message->make_missing_separator_line();
   return message;
 }
@@ -205,10 +206,13 @@ mailbox::ScanResult CMessages::split(const std::shared_ptr<platform::File>& file
 
 void CMessages::split(const std::shared_ptr<platform::File>& file, std::u16string_view delimiter,
                       const std::vector<mailbox::Extent>& parts, std::shared_ptr<const mime::PartOutline> outline) {
+  // Put together first: when memory runs out, nothing was split.
+  std::deque<Entry> items;
+  for (const mailbox::Extent& extent : parts) items.push_back({extent, nullptr});
   file_ = file;
   set_separator(delimiter);
   outline_ = std::move(outline);
-  for (const mailbox::Extent& extent : parts) items_.push_back({extent, nullptr});
+  items_ = std::move(items);
 }
 
 mailbox::ScanResult CMessages::scan_range(std::int64_t from, std::int64_t limit) {

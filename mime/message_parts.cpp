@@ -1,5 +1,9 @@
 // The part tree of a message: its text is read and split when somebody asks for it, and kept until it is dropped.
 #include <algorithm>
+#include <exception>
+#include <memory>
+#include <new>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -14,6 +18,20 @@
 #include "platform/file.h"
 
 namespace vellobar {
+
+namespace {
+
+/// Null also where there is no memory for it: the plain form needs less.
+std::shared_ptr<const mime::PartOutline> read_outline(platform::File& file, std::int64_t from, std::int64_t limit,
+                                                      std::string_view separator) {
+  try {
+    return mime::PartOutline::read(file, from, limit, separator);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
+}  // namespace
 
 void CMessage::load_body() {
   if (body_) return;
@@ -51,7 +69,7 @@ bool CMessage::load_from_outline(std::string_view delimiter) {
 void CMessage::split_parts(std::int64_t from) {
   ensure_parts();
   const std::string separator = platform::narrow(platform::process_code_page(), parts_boundary_);
-  auto outline = mime::PartOutline::read(*file_, from, end_, separator);
+  auto outline = read_outline(*file_, from, end_, separator);
   if (!outline) {
     split_level(from);
     return;
@@ -67,7 +85,7 @@ void CMessage::split_level(std::int64_t from) {
     const mailbox::ScanResult scanned = parts_->split(file_, from, end_, parts_boundary_);
     has_misplaced_parts_ = scanned.ran_ahead;
     if (!scanned.whole && scanned.position < std::min(end_, file_->size())) is_cut_short_ = true;
-  } catch (const Error&) {
+  } catch (const std::exception&) {
     // Out of memory: the parts found so far are there to be read, and the message is not written from them.
     has_misplaced_parts_ = true;
   }

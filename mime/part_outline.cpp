@@ -149,8 +149,12 @@ class OutlineReader {
     while (line < end && position_ < limit_) {
       const char* next = next_line(line, end);
       if (next == nullptr) break;
-      if (next - line >= kTooLong && !may_pass(line, next - line, position_)) return false;
-      take_line({line, static_cast<std::size_t>(next - line)});
+      const std::string_view text(line, static_cast<std::size_t>(next - line));
+      if (next - line < kTooLong) {
+        take_line(text);
+      } else if (!take_long_line(text, next - line)) {
+        return false;
+      }
       line = next;
       if (is_in_text() && line < lines_end && !is_dashes(line, lines_end)) {
         line = pass_text(line, lines_end);
@@ -186,21 +190,22 @@ class OutlineReader {
   /// Passes lines of text up to one that begins with two hyphens. Null when the plain form has to answer.
   const char* pass_text(const char* line, const char* lines_end) {
     const mailbox::FoundLine found = search_(line, lines_end, {kDashes.data(), 2});
-    if (!may_pass_long_lines(line, found.line)) return nullptr;
+    if (!take_long_lines_of_text(line, found.line)) return nullptr;
     position_ += found.line - line;
     lines_ += found.lines_before;
     return found.line;
   }
 
-  /// Looks for long lines of text without looking at every line: a window that holds a line end breaks none.
-  bool may_pass_long_lines(const char* line, const char* end) const {
+  /// Takes what the long lines among these do to the levels. Looks for them without looking at every line: a window
+  /// that holds a line end breaks none.
+  bool take_long_lines_of_text(const char* line, const char* end) {
     std::int64_t position = position_;
     while (end - line >= kTooLong) {
       const char* next = line + kTooLong - 1;
       while (next > line && next[-1] != '\n') --next;
       if (next == line) {
         next = next_line(line, end);
-        if (!may_pass(line, next - line, position)) return false;
+        if (!leave_levels_that_run_ahead(position, position + (next - line) - 1)) return false;
       }
       position += next - line;
       line = next;
@@ -208,14 +213,11 @@ class OutlineReader {
     return true;
   }
 
-  bool may_pass(const char* line, std::int64_t length, std::int64_t position) const {
-    return is_in_text() && !is_dashes(line, line + length) && !may_run_ahead(position, position + length - 1);
-  }
-
-  /// Whether a chunk of one of the scans that the plain form makes lies in the line, so that it counts it twice.
-  bool may_run_ahead(std::int64_t line, std::int64_t line_feed) const {
+  /// The outermost level whose scan in the plain form reads a whole chunk inside the line, so that it counts it twice;
+  /// kNone when no scan does.
+  std::size_t outermost_that_runs_ahead(std::int64_t line, std::int64_t line_feed) const {
     const mailbox::ScanOptions rule;
-    return std::any_of(levels_.begin(), levels_.end(), [&](const Level& level) {
+    const auto found = std::find_if(levels_.begin(), levels_.end(), [&](const Level& level) {
       std::int64_t chunk = rule.first_chunk;
       for (std::int64_t begin = level.scan_start; begin + chunk <= line_feed;) {
         if (begin >= line) return true;
@@ -224,11 +226,26 @@ class OutlineReader {
       }
       return false;
     });
+    return found == levels_.end() ? kNone : static_cast<std::size_t>(found - levels_.begin());
   }
 
-  /// Passes a line of text longer than what is held of it, all of which it is.
+  /// Leaves the multiparts whose positions run ahead in a line to the plain form: from here on they are text of the
+  /// part that holds them. False when the message itself is among them.
+  bool leave_levels_that_run_ahead(std::int64_t line, std::int64_t line_feed) {
+    const std::size_t level = outermost_that_runs_ahead(line, line_feed);
+    if (level == kNone) return true;
+    if (level == 0) return false;
+    const std::size_t node = levels_[level].node;
+    outline_->multiparts_.resize(outline_->nodes_[node].multiparts_before);
+    outline_->nodes_.resize(node + 1);
+    close_levels(level);
+    place_ = Place::text;
+    return true;
+  }
+
+  /// Passes a line longer than what is held of it, all of which it is.
   bool skip_long_line() {
-    if (!is_in_text() || is_dashes(storage_.data(), storage_.data() + held_)) return false;
+    const std::string start(storage_.data(), static_cast<std::size_t>(kTooLong));
     std::int64_t length = 0;
     for (const char* next = nullptr; next == nullptr;) {
       length += std::exchange(held_, 0);
@@ -240,10 +257,7 @@ class OutlineReader {
       held_ -= last;
       std::memmove(storage_.data(), next, static_cast<std::size_t>(held_));
     }
-    if (may_run_ahead(position_, position_ + length - 1)) return false;
-    position_ += length;
-    ++lines_;
-    return true;
+    return take_long_line(start, length);
   }
 
   // ---- What a line means
@@ -257,19 +271,41 @@ class OutlineReader {
       text.remove_suffix(1);
       if (text.ends_with('\r')) text.remove_suffix(1);
     }
-    const std::size_t level = text.starts_with(kDashes) ? delimiters_.outermost_match(text) : DelimiterSet::kNone;
-    if (level != DelimiterSet::kNone) {
-      close_multiparts(level + 1);
-      if (levels_.back().open != kNone) end_part(start, lines_ - 1);
-      begin_part(start, true);
-      return;
-    }
+    if (begin_part_at_delimiter(text, start)) return;
     if (levels_.back().open == kNone) begin_part(start, false);
     if (place_ == Place::headers) {
       take_header_line(text);
     } else if (place_ == Place::preamble && text == delimiter_) {
       open_preamble(start);
     }
+  }
+
+  /// Takes a line that is too long for a header block, of which `text` is the start. A part with such a header line is
+  /// unreadable and has no parts; one with such a delimiter line is read by the plain form. False when that has to
+  /// answer for all of the message.
+  bool take_long_line(std::string_view text, std::int64_t length) {
+    if (!leave_levels_that_run_ahead(position_, position_ + length - 1)) return false;
+    const std::int64_t start = position_;
+    position_ += length;
+    ++lines_;
+    if (begin_part_at_delimiter(text, start)) {
+      place_ = Place::text;
+      return true;
+    }
+    if (levels_.back().open == kNone) begin_part(start, false);
+    if (place_ == Place::headers) place_ = Place::text;
+    return true;
+  }
+
+  /// False when the line is no delimiter.
+  bool begin_part_at_delimiter(std::string_view text, std::int64_t start) {
+    if (!text.starts_with(kDashes)) return false;
+    const std::size_t level = delimiters_.outermost_match(text);
+    if (level == DelimiterSet::kNone) return false;
+    close_multiparts(level + 1);
+    if (levels_.back().open != kNone) end_part(start, lines_ - 1);
+    begin_part(start, true);
+    return true;
   }
 
   void take_header_line(std::string_view text) {
@@ -320,9 +356,12 @@ class OutlineReader {
   void close_multiparts(std::size_t remaining) {
     while (levels_.size() > remaining) {
       if (levels_.back().open != kNone) drop_from(levels_.back().open);
-      levels_.pop_back();
-      delimiters_.pop();
+      close_levels(levels_.size() - 1);
     }
+  }
+
+  void close_levels(std::size_t remaining) {
+    for (; levels_.size() > remaining; levels_.pop_back()) delimiters_.pop();
   }
 
   void drop_from(std::size_t node) {

@@ -1,6 +1,8 @@
 // The texts of a message: which part of the tree holds the plain text or the HTML, and how its transfer encoding is
 // undone.
 #include <algorithm>
+#include <new>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -97,14 +99,20 @@ CMessage* CMessage::find_part(std::u16string_view content_type) {
     std::int64_t next;
   };
   // A part without a boundary has no parts, and is not read to learn it.
-  const auto is_wanted = [&](CMessage& part) { return contains(part.ContentType(), content_type); };
-  const auto is_alternative = [](CMessage& part) {
-    return contains(lower(part.ContentType()), u"multipart/alternative");
+  const auto type_of = [](CMessage& part) {
+    const Held before = part.held();
+    std::u16string type = part.ContentType();
+    part.drop_headers_that_run_on(before);
+    return type;
   };
+  const auto is_wanted = [&](CMessage& part) { return contains(type_of(part), content_type); };
+  const auto is_alternative = [&](CMessage& part) { return contains(lower(type_of(part)), u"multipart/alternative"); };
   std::vector<Level> levels;
   for (CMessage* message = this; message != nullptr;) {
+    const Held before = message->held();
     const std::u16string type = lower(message->ContentType());
     CMessages* parts = message->parts_if_any();
+    message->drop_headers_that_run_on(before);
     if (contains(type, u"multipart/mixed") || contains(type, u"multipart/related")) {
       // Deliberate: nothing but that part is searched; see
       // without_a_plain_text_in_the_alternative_part_the_one_beside_it_is_not_used.
@@ -115,6 +123,8 @@ CMessage* CMessage::find_part(std::u16string_view content_type) {
       }
     }
     if (contains(type, content_type)) return message;
+    // What the search passes counts as loaded.
+    message->changed_ = false;
     if (CMessage* const part = first_part(parts, is_wanted)) return part;
     if (parts != nullptr) levels.push_back({parts, 0});
     while (!levels.empty() && levels.back().next == levels.back().parts->Count()) levels.pop_back();
@@ -163,7 +173,13 @@ std::u16string CMessage::DecodedText(codecs::AttachmentEncoding encoded_as) {
   const mailbox::ScratchFile decoded(1);
   decode_into(decoded.path(), encoded_as, *opened);
   opened->close();
-  return platform::widen(code_page(), read_whole(decoded.path()));
+  try {
+    return platform::widen(code_page(), read_whole(decoded.path()));
+  } catch (const std::bad_alloc&) {
+    throw Error(ErrorNumber::out_of_memory, Reporter::message);
+  } catch (const std::length_error&) {
+    throw Error(ErrorNumber::out_of_memory, Reporter::message);
+  }
 }
 
 }  // namespace vellobar

@@ -112,6 +112,24 @@ TEST_F(Adding, add_takes_the_name_behind_the_last_backslash_and_else_unknown) {
             has_backslash ? u"attachment; filename=\"plain.bin\"" : u"attachment; filename=\"unknown\"");
 }
 
+TEST_F(Adding, a_bare_file_name_or_one_with_slashes_only_names_the_attachment_unknown) {
+  EXPECT_EQ(CAttachments::name_for(u"C:\\dir\\a.bin"), u"a.bin");
+  EXPECT_EQ(CAttachments::name_for(u"C:/dir/a.bin"), u"unknown");
+  EXPECT_EQ(CAttachments::name_for(u"dir\\"), u"");
+  EXPECT_EQ(CAttachments::name_for(u""), u"unknown");
+  files_.file("bare.bin", "ABC");
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(files_.path(""));
+  box_.message(0)->Attachments()->Add(u"bare.bin", 1);
+  std::filesystem::current_path(before);
+  ASSERT_EQ(temporary_.names().size(), 1u);
+  EXPECT_EQ(tests::read_file(temporary_.path(temporary_.names()[0])),
+            "Content-Type: application/octet-stream;\r\n\t name=\"unknown\"\r\n"
+            "Content-Transfer-Encoding: base64\r\n"
+            "Content-Disposition: attachment; filename=\"unknown\"\r\n\r\n"
+            "QUJD\r\n");
+}
+
 TEST_F(Adding, the_new_part_is_the_result_and_the_last_of_the_messages_parts) {
   const auto part = box_.message(0)->Attachments()->Add(file("ABC"));
   const auto parts = box_.message(0)->Parts();

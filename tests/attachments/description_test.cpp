@@ -44,6 +44,13 @@ TEST(AttachmentName, is_decoded_as_encoded_words) {
   EXPECT_EQ(described("image/gif; name=\"=?utf-8?B?w7wudHh0?=\"").name, u"\u00FC.txt");
 }
 
+TEST(AttachmentName, without_encoded_words_reads_in_the_process_code_page_whichever_header_gives_it) {
+  const tests::CodePageGuard guard(65001);
+  EXPECT_EQ(describe("image/gif; name=gr\xC3\xBC.gif", {}).name, u"gr\u00FC.gif");
+  EXPECT_EQ(describe("image/gif; name=\"=?utf-8?x gr\xC3\xBC.gif\"", {}).name, u"=?utf-8?x gr\u00FC.gif");
+  EXPECT_EQ(describe({}, "attachment; filename=\"gr\xC3\xBC.gif\"").name, u"gr\u00FC.gif");
+}
+
 TEST(AttachmentName, that_decodes_to_nothing_stays_as_it_stands) {
   // The platform has no code page 50; the name would be lost.
   EXPECT_EQ(described("image/gif; name=\"=?windows-50?Q?a?=\"").name, u"=?windows-50?Q?a?=");

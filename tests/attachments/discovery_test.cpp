@@ -112,6 +112,66 @@ TEST(Discovery, two_multipart_type_headers_find_the_parts_twice) {
   EXPECT_EQ(names_of(*box.message(0)), (std::vector<std::string>{"inner", "inner"}));
 }
 
+TEST(Discovery, parts_listed_twice_are_objects_of_their_own_that_say_the_same) {
+  Mailbox box(
+      "From a\nContent-Type: multipart/mixed; boundary=X\nContent-Type: multipart/mixed; boundary=X\n\n"
+      "--X\nContent-Type: image/gif; name=g\nContent-Transfer-Encoding: base64\n\nQUJD\n--X--\n");
+  box.control().Lock();
+  const auto attachments = box.message(0)->Attachments();
+  ASSERT_EQ(attachments->Count(), 2);
+  const auto first = attachments->Item(0);
+  const auto second = attachments->Item(1);
+  EXPECT_NE(first, second);
+  EXPECT_EQ(second->Name(), u"g");
+  EXPECT_EQ(second->Type(), u"image/gif");
+  EXPECT_EQ(second->Encoding(), 1);
+  EXPECT_EQ(second->Part(), first->Part());
+  EXPECT_EQ(saved(*second), "ABC");
+}
+
+/// Multiparts one in the other, each named by two headers, around this part.
+std::string nested_twice_named(int levels, std::string_view innermost) {
+  std::string mail = "From a\n";
+  for (int i = 0; i < levels; ++i) {
+    const std::string boundary = "b" + std::to_string(i) + "e";
+    for (int times = 0; times < 2; ++times) mail += "Content-Type: multipart/mixed; boundary=" + boundary + "\n";
+    mail += "\n--" + boundary + "\n";
+  }
+  mail += innermost;
+  for (int i = levels; i-- > 0;) mail += "--b" + std::to_string(i) + "e--\n";
+  return mail;
+}
+
+TEST(Discovery, nested_multiparts_that_are_each_named_twice_are_visited_once) {
+  Mailbox empty(nested_twice_named(200, "Subject: x\n\nno attachment\n"));
+  empty.control().Lock();
+  EXPECT_EQ(empty.message(0)->Attachments()->Count(), 0);
+}
+
+TEST(Discovery, nested_multiparts_that_are_each_named_twice_double_a_list_that_is_not_yet_long) {
+  constexpr std::string_view kPart =
+      "Content-Transfer-Encoding: 7bit\nContent-Disposition: attachment; filename=\"f\"\n\nx\n";
+  const auto count = [&](int levels) {
+    Mailbox box(nested_twice_named(levels, kPart));
+    box.control().Lock();
+    return box.message(0)->Attachments()->Count();
+  };
+  EXPECT_EQ(count(3), 8);
+  EXPECT_EQ(count(16), 65536);
+  EXPECT_EQ(count(17), 65536);
+  EXPECT_EQ(count(200), 65536);
+}
+
+TEST(Discovery, thousands_of_headers_name_thousands_of_parts_which_are_visited_once) {
+  std::string mail = "From a\n";
+  for (int i = 0; i < 2000; ++i) mail += "Content-Type: multipart/mixed; boundary=X\n";
+  mail += "\n";
+  for (int i = 0; i < 2000; ++i) mail += "--X\n\nx\n";
+  Mailbox box(mail + "--X--\n");
+  box.control().Lock();
+  EXPECT_EQ(box.message(0)->Attachments()->Count(), 0);
+}
+
 TEST(Discovery, a_message_part_without_an_encoding_header_is_saved_as_it_stands) {
   Mailbox box(
       "From a\nContent-Type: multipart/mixed; boundary=X\n\n--X\nContent-Type: message/rfc822\n\n"
@@ -136,6 +196,16 @@ TEST(Attachments, an_index_outside_is_an_invalid_argument) {
   expect_status(Status::invalid_argument, [&] { attachments->Item(-1); });
   expect_status(Status::invalid_argument, [&] { attachments->Item(2); });
   EXPECT_EQ(attachments->Item(1), attachments->Item(1));
+}
+
+TEST(Attachments, an_index_below_zero_searches_first_like_any_other) {
+  Mailbox box("From a\n\nbegin 644 f.txt\n#04)#\nend\n");
+  box.control().Lock();
+  const auto attachments = box.message(0)->Attachments();
+  expect_status(Status::invalid_argument, [&] { attachments->Item(-1); });
+  attachments->SetScanText(true);
+  EXPECT_EQ(attachments->Count(), 0);
+  expect_status(Status::fail, [] { CAttachments().Item(-1); });
 }
 
 TEST(Attachments, are_the_same_collection_until_the_message_is_unloaded) {

@@ -87,5 +87,24 @@ TEST(SafeName, a_character_whose_bytes_hold_a_separator_becomes_an_underscore) {
   EXPECT_EQ(safe_name(u"\u8868x\u540D", kJapanese), u"_x\u540D");
 }
 
+TEST(SafeName, is_judged_in_the_form_in_which_the_code_page_opens_it) {
+  // Where the code page takes these for plain letters, digits, blanks and stops, they name devices like these do.
+  for (const std::u16string_view name :
+       {u"nul\uFF0Etxt"sv, u"\uFF23\uFF2F\uFF2E"sv, u"COM\u2074"sv, u"NUL\u3000"sv, u"\u207Ful"sv, u"aux\uFF0E"sv}) {
+    const std::u16string safe = safe_name(name);
+    const std::string opened = platform::narrow(1252, safe);
+    EXPECT_EQ(platform::widen(1252, opened), safe);
+    const std::string stem = opened.substr(0, opened.find('.'));
+    for (const std::string_view device : {"nul", "NUL", "CON", "COM4", "aux"}) EXPECT_NE(stem, device);
+    EXPECT_FALSE(opened.ends_with(' ') || opened.ends_with('.')) << opened;
+  }
+}
+
+TEST(SafeName, characters_that_make_a_separator_together_become_underscores) {
+  // In UTF-7 the sixth letter of the two is "/", the sextet 63.
+  const std::u16string safe = safe_file_name(u"\u4E00\u3F00", platform::kUtf7CodePage);
+  EXPECT_EQ(safe, u"__");
+}
+
 }  // namespace
 }  // namespace vellobar::attachments

@@ -1,18 +1,34 @@
 #!/bin/bash
-# The command line as a person meets it. Usage: command_test.bash PROGRAM
-# Each check runs the program and compares what it printed, to the byte, and its exit code.
+# The command line as a person meets it. Usage: command_test.bash [--windows] COMMAND...
+# Each check runs the command with arguments and compares what it printed, to the byte, and its exit code. With --windows,
+# lines may end with CR LF, and folders are joined with a backslash.
 set -u
-program=$1
+slash=/
+longest=240
+if [ "$1" = --windows ]; then
+  slash='\'
+  longest=150
+  shift
+fi
+command=("$@")
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 export LC_ALL=C.UTF-8
 failures=0
 
+# Runs the command with arguments; what it prints goes to $folder/out and $folder/err.
+run() {
+  "${command[@]}" "$@" >"$folder/out" 2>"$folder/err" </dev/null
+  local code=$?
+  [ "$slash" = / ] || sed -i 's/\r$//' "$folder/out" "$folder/err"
+  return $code
+}
+
 # check NAME EXPECTED_CODE EXPECTED_STDOUT EXPECTED_STDERR ARGUMENTS...
 check() {
   local name=$1 code=$2 out=$3 err=$4
   shift 4
-  "$program" "$@" >"$folder/out" 2>"$folder/err" </dev/null
+  run "$@"
   local got=$?
   if [ "$got" != "$code" ] || [ "$(cat "$folder/out")" != "$out" ] || [ "$(cat "$folder/err")" != "$err" ]; then
     failures=$((failures + 1))
@@ -81,7 +97,7 @@ check "--version prints the component's version" 0 "vellobar 2.2.6.119" "" --ver
 # Coding: what one verb writes the other reads back, and the forms are those that everybody else writes.
 head -c 100000 /dev/urandom >"$folder/raw"
 for encoding in base64 qp uu binhex; do
-  "$program" encode --$encoding "$folder/raw" "$folder/coded" && "$program" decode --$encoding "$folder/coded" "$folder/back"
+  run encode --$encoding "$folder/raw" "$folder/coded" && run decode --$encoding "$folder/coded" "$folder/back"
   # UUencode and BinHex round a last group up: the result begins with the input and ends with at most two zero bytes.
   if cmp -s -n 100000 "$folder/raw" "$folder/back" && [ "$(stat -c %s "$folder/back")" -le 100002 ]; then
     echo "ok encode and decode --$encoding give the file back"
@@ -90,14 +106,14 @@ for encoding in base64 qp uu binhex; do
     failures=$((failures + 1))
   fi
 done
-"$program" encode --base64 "$folder/raw" "$folder/coded"
+run encode --base64 "$folder/raw" "$folder/coded"
 base64 -w 76 "$folder/raw" | sed 's/$/\r/' | cmp -s - "$folder/coded" || { echo "FAILED base64 lines"; failures=$((failures + 1)); }
 check "a missing input is a clear message" 1 "" "vellobar: cannot read $folder/none: there is no such file" \
   encode --uu "$folder/none" "$folder/coded"
 check "the same file as input and output is refused" 1 "" "vellobar: $folder/raw is both the input and the output" \
   decode --base64 "$folder/raw" "$folder/raw"
 [ "$(stat -c %s "$folder/raw")" = 100000 ] || { echo "FAILED the refused file is whole"; failures=$((failures + 1)); }
-"$program" encode "$folder/raw" "$folder/coded" >"$folder/out" 2>&1
+run encode "$folder/raw" "$folder/coded"
 [ $? = 2 ] || { echo "FAILED an encoding must be named"; failures=$((failures + 1)); }
 
 mkdir "$folder/temporary"
@@ -133,9 +149,9 @@ check "attachments --scan-text finds UU blocks in the text" 0 \
 mkdir "$folder/save"
 echo mine >"$folder/save/one.zip"
 check "attachments --save stays in the folder, overwrites nothing and numbers what is there" 0 \
-"$folder/save/one (1).zip
-$folder/save/one (2).zip
-$folder/save/_NUL" "" attachments "$folder/parts" --save "$folder/save" --scan-text
+"$folder/save${slash}one (1).zip
+$folder/save${slash}one (2).zip
+$folder/save${slash}_NUL" "" attachments "$folder/parts" --save "$folder/save" --scan-text
 saved=$(cat "$folder/save/one.zip" "$folder/save/one (1).zip" "$folder/save/one (2).zip" "$folder/save/_NUL")
 [ "$saved" = "mine
 ABCxA
@@ -153,9 +169,9 @@ check "new writes a message" 0 "" "" new "$folder/new.eml" --from 'Jürgen <j@ex
 check "what new wrote is listed" 0 \
 "MESSAGE NUMBER       SIZE  ENCODING          TYPE${tab}NAME
       0      0         12  base64            application/octet-stream${tab}a file.bin" "" attachments "$folder/new.eml"
-"$program" list "$folder/new.eml" | grep -q "Jürgen.*<j@example.org>.*grüße$" ||
+run list "$folder/new.eml" && grep -q "Jürgen.*<j@example.org>.*grüße$" "$folder/out" ||
   { echo "FAILED what new wrote has its headers"; failures=$((failures + 1)); }
-"$program" attachments "$folder/new.eml" --save "$folder/save" >"$folder/out" && cmp "$folder/a file.bin" "$folder/save/a file.bin" ||
+run attachments "$folder/new.eml" --save "$folder/save" && cmp "$folder/a file.bin" "$folder/save/a file.bin" ||
   { echo "FAILED what new attached comes back"; failures=$((failures + 1)); }
 check "an attachment that is missing is a clear message" 1 "" \
 "vellobar: cannot attach $folder/none: Cannot open file" new "$folder/other.eml" --text x --attachment "$folder/none"
@@ -163,11 +179,33 @@ check "an attachment that is missing is a clear message" 1 "" \
 check "a message that cannot be written is a clear message" 1 "" \
 "vellobar: cannot write $folder/nowhere/new.eml" new "$folder/nowhere/new.eml" --text x
 
-"$program" --help >"$folder/out" 2>&1 && grep -q 'list' "$folder/out" && grep -q 'show' "$folder/out" ||
+# File names beyond ASCII, in the mail, on the disk and as arguments.
+mkdir "$folder/grün"
+printf 'From a\nContent-Type: application/x; name="=?utf-8?Q?gr=C3=BC=C3=9Fe.bin?="\nContent-Transfer-Encoding: base64\n\nQUJD\n' >"$folder/Jürgen"
+check "an attachment keeps a name beyond ASCII, in such a folder from such a mailbox" 0 \
+"$folder/grün${slash}grüße.bin" "" attachments "$folder/Jürgen" --save "$folder/grün"
+[ "$(cat "$folder/grün/grüße.bin")" = ABC ] || { echo "FAILED the file with a name beyond ASCII"; failures=$((failures + 1)); }
+check "new attaches such a file to such a message" 0 "" "" new "$folder/Größe.eml" --text x --attachment "$folder/grün/grüße.bin"
+check "a name beyond ASCII is shown" 0 \
+"MESSAGE NUMBER       SIZE  ENCODING          TYPE${tab}NAME
+      0      0          3  base64            application/octet-stream${tab}grüße.bin" "" attachments "$folder/Größe.eml"
+check "what was attached comes back under its number" 0 "$folder/grün${slash}grüße (1).bin" "" \
+  attachments "$folder/Größe.eml" --save "$folder/grün"
+check "a missing mailbox with such a name is a clear message" 1 "" \
+"vellobar: cannot open mailbox $folder/grün/fehlt.mbox: there is no such file" list "$folder/grün/fehlt.mbox"
+
+# Names too long for a file system.
+long=$(printf 'n%.0s' {1..300})
+printf 'From a\nContent-Type: application/x; name="%s.txt"\nContent-Transfer-Encoding: base64\n\nQUJD\n' "$long" >"$folder/long"
+mkdir "$folder/short"
+check "a long name is shortened and keeps its extension" 0 "$folder/short${slash}${long:0:longest - 4}.txt" "" \
+  attachments "$folder/long" --save "$folder/short"
+
+run --help && grep -q 'list' "$folder/out" && grep -q 'show' "$folder/out" ||
   { echo "FAILED --help names the verbs"; failures=$((failures + 1)); }
-"$program" >"$folder/out" 2>&1
+run
 [ $? = 2 ] || { echo "FAILED wrong use exits with 2"; failures=$((failures + 1)); }
-"$program" list "$folder/box" --nonsense >"$folder/out" 2>&1
+run list "$folder/box" --nonsense
 [ $? = 2 ] || { echo "FAILED an unknown option exits with 2"; failures=$((failures + 1)); }
 
 if [ "$(id -u)" != 0 ]; then

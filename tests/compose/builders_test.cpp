@@ -184,8 +184,14 @@ TEST_F(Builders, an_existing_target_is_replaced) {
 }
 
 TEST_F(Builders, what_they_write_is_locked_listed_and_extracted_again) {
-  std::string content;
-  for (std::size_t size = 0; size <= 200; ++size) {
+  std::vector<std::size_t> sizes;
+  for (std::size_t size = 0; size <= 200; ++size) sizes.push_back(size);
+  for (const std::size_t edge : {260, 512, 570, 1024, 16384, 32768, 49152, 65536, 262144}) {
+    for (std::size_t size = edge - 1; size <= edge + 1; ++size) sizes.push_back(size);
+  }
+  for (const std::size_t size : sizes) {
+    std::string content;
+    for (std::size_t i = 0; i < size; ++i) content += static_cast<char>(i * 37 + i / 256 + 11);
     control_.CreateTextHtmlAttachmentMessage(target(), kFrom, kTo, kSubject, u"plain\r\n", u"<p>\r\n",
                                              file_to_attach(content));
     CVellobar reader;
@@ -201,7 +207,6 @@ TEST_F(Builders, what_they_write_is_locked_listed_and_extracted_again) {
     EXPECT_EQ(message->Attachments()->Item(0)->Name(), u"a.bin");
     message->Attachments()->Item(0)->Save(wide(files_.path("out")));
     EXPECT_TRUE(tests::read_file(files_.path("out")) == content) << size;
-    content += static_cast<char>(size * 37 + 11);
   }
 }
 

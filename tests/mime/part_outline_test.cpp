@@ -185,6 +185,44 @@ TEST(PartOutline, gives_the_same_tree_with_lines_of_any_length) {
   }
 }
 
+TEST(PartOutline, gives_the_same_tree_with_header_and_delimiter_lines_of_any_length) {
+  static constexpr const char* kStarts[] = {
+      "X: ", "Content-Type: multipart/x; boundary=b ", " ", "--", "--aa", "--b", "--aab", "\n"};
+  std::mt19937 random(4);
+  for (int i = 0; i < 150; ++i) {
+    std::string mail = random_mail(random);
+    for (auto count = 1 + random() % 3; count > 0; --count) {
+      const std::size_t line = mail.find('\n', 50 + random() % (mail.size() - 50));
+      if (line == std::string::npos) continue;
+      const auto length = random() % 4 == 0 ? random() % 400000 : 16300 + random() % 200;
+      mail.insert(line + 1, kStarts[random() % std::size(kStarts)] + std::string(length, 'x') + "\n");
+    }
+    ASSERT_TRUE(description_of(mail, false) == description_of(mail, true)) << i;
+  }
+}
+
+/// Multiparts one in the other, and in the innermost one a part with this text.
+std::string nested(int levels, const std::string& innermost) {
+  std::string mail = "From a\n";
+  for (int i = 0; i < levels; ++i) {
+    const std::string number = std::to_string(1000 + i);
+    mail += "Content-Type: multipart/mixed; boundary=" + number + "\n\n--" + number + "\n";
+  }
+  mail += innermost + "\n";
+  for (int i = levels; i-- > 0;)
+    mail += "--" + std::to_string(1000 + i) + "\n\nlast\n--" + std::to_string(1000 + i) + "--\n";
+  return mail;
+}
+
+TEST(PartOutline, gives_the_same_tree_with_a_long_line_below_many_levels) {
+  for (const std::size_t length : {17'000u, 50'000u, 120'000u, 400'000u}) {
+    for (const char* start : {"X: ", "X: 1\n\n", "--", "--1003"}) {
+      const std::string mail = nested(60, start + std::string(length, 'x') + "\n");
+      ASSERT_TRUE(description_of(mail, false) == description_of(mail, true)) << start << length;
+    }
+  }
+}
+
 TEST(PartOutline, leaves_lines_that_may_run_ahead_to_the_plain_form) {
   for (const std::size_t length : {16382u, 16383u, 16384u, 20000u, 60000u, 300000u}) {
     const std::string mail =

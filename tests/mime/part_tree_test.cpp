@@ -171,6 +171,30 @@ TEST(PartTree, a_boundary_of_1021_characters_splits) {
   EXPECT_EQ(box.parts(), 1);
 }
 
+TEST(PartTree, boundaries_of_1_to_1021_characters_split_and_longer_ones_up_to_2000_do_not) {
+  std::string mail;
+  std::vector<std::string> bodies{""};
+  for (std::size_t length = 1; length <= 2000; ++length) {
+    const std::string boundary(length, 'b');
+    bodies.push_back("pre\n--" + boundary + "\n\none\n--" + boundary + "\n\ntwo\n--" + boundary + "--\n");
+    mail += "From a\nContent-Type: multipart/mixed; boundary=\"" + boundary + "\"\n\n" + bodies.back();
+  }
+  Mailbox box(mail);
+  box.control().Lock();
+  ASSERT_EQ(box.count(), 2000);
+  for (std::size_t length = 1; length <= 2000; ++length) {
+    CMessage& message = *box.message(static_cast<std::int64_t>(length) - 1);
+    const bool splits = length <= 1021;
+    ASSERT_EQ(message.Parts()->Count(), splits ? 2 : 0) << length;
+    ASSERT_EQ(message.PartsBoundary().size(), splits ? length + 2 : 0);
+    ASSERT_TRUE(message.Text() == wide(splits ? "pre\n" : bodies[length])) << length;
+    if (splits) {
+      ASSERT_EQ(message.Parts()->Item(1)->Text(), u"two\n");
+    }
+    message.Unload();
+  }
+}
+
 TEST(PartTree, the_boundary_stays_after_unload_until_the_next_load) {
   OneMultipart box(kTwoParts);
   box.top().Parts();

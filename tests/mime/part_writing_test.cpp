@@ -185,6 +185,22 @@ TEST(PartWriting, a_part_added_to_an_unreadable_message_is_refused_rather_than_l
   expect_error(ErrorNumber::cannot_update_mailbox, Reporter::vellobar, [&] { box.control().Update(); });
 }
 
+TEST(PartWriting, a_part_added_to_an_unreadable_part_is_refused_also_after_its_message_gave_its_body) {
+  Mailbox box(with_unreadable_part());
+  box.control().Lock();
+  box.message(0)->Parts()->Item(1)->Parts()->Add();
+  box.message(0)->Body();
+  expect_error(ErrorNumber::cannot_update_mailbox, Reporter::vellobar, [&] { box.control().Update(); });
+}
+
+TEST(PartWriting, a_delimiter_line_that_goes_on_is_written_as_the_delimiter_alone) {
+  Mailbox box(
+      "From a\nContent-Type: multipart/mixed; boundary=outer\n\n--outer\n\none\n--outer-extra\n\ntwo\n--outer--\n");
+  box.control().Lock();
+  box.control().Update();
+  EXPECT_TRUE(box.content().find("one\n--outer\r\n\r\ntwo\n--outer--\r\n") != std::string::npos) << box.content();
+}
+
 // ---- Positions that ran ahead
 
 /// The second chunk of the scan, from 16,384 to 49,152 bytes behind the opening delimiter, holds no line feed.

@@ -1,5 +1,14 @@
 #include <gtest/gtest.h>
 
+#ifdef __linux__
+#include <malloc.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <fstream>
+#endif
+
+#include "attachments/attachments.h"
 #include "codecs/attachment_encoding.h"
 #include "platform/clock.h"
 #include "tests/support/mailboxes.h"
@@ -163,6 +172,29 @@ TEST(TextExtraction, plain_text_of_an_unreadable_message_is_30005) {
   expect_status(Status::fail, [&] { box.top().HTMLText(); });
 }
 
+TEST(TextExtraction, keeps_no_headers_that_run_on_behind_the_parts_that_it_passes) {
+  OneMessage box("Content-Type: multipart/mixed; boundary=X\n", "--X\nA: 1\n--X\nB: 2\n--X\n\nC\n--X--\n");
+  const auto parts = box.top().Parts();
+  ASSERT_EQ(parts->Count(), 3);
+  EXPECT_EQ(box.top().PlainText(), box.top().Text());
+  expect_status(Status::fail, [&] { box.top().HTMLText(); });
+  EXPECT_EQ(box.top().Attachments()->Count(), 0);
+  EXPECT_FALSE(parts->Item(0)->held().headers);
+  EXPECT_FALSE(parts->Item(1)->held().headers);
+  EXPECT_EQ(parts->Item(0)->Headers()->Count(), 2);
+  EXPECT_EQ(box.top().PlainText(), box.top().Text());
+  EXPECT_TRUE(parts->Item(0)->held().headers) << "what a client read stays";
+}
+
+TEST(TextExtraction, a_search_that_finds_nothing_leaves_the_message_unchanged_as_loading_does) {
+  OneMessage box("A: b\n", "body\n");
+  box.top().Headers();
+  box.top().SetMailInfo(u"From z");
+  EXPECT_TRUE(box.top().Changed());
+  expect_status(Status::fail, [&] { box.top().HTMLText(); });
+  EXPECT_FALSE(box.top().Changed());
+}
+
 // ---- DecodedText
 
 TEST(DecodedText, of_a_base64_body_is_its_bytes_in_the_charset_of_the_message) {
@@ -225,6 +257,47 @@ TEST(DecodedText, without_a_temporary_folder_is_30012) {
   expect_error(ErrorNumber::cannot_write_temporary_file, Reporter::message,
                [&] { box.top().DecodedText(AttachmentEncoding::seven_bit); });
 }
+
+#if defined(__linux__) && !defined(__SANITIZE_ADDRESS__)
+
+/// The process gets no more than this much memory beyond what it has, until the object dies.
+class MemoryLimit {
+ public:
+  explicit MemoryLimit(rlim_t bytes) {
+    malloc_trim(0);
+    rlim_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    getrlimit(RLIMIT_AS, &before_);
+    const rlimit limit = {pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + bytes, before_.rlim_max};
+    setrlimit(RLIMIT_AS, &limit);
+  }
+  ~MemoryLimit() { setrlimit(RLIMIT_AS, &before_); }
+  MemoryLimit(const MemoryLimit&) = delete;
+  MemoryLimit& operator=(const MemoryLimit&) = delete;
+
+ private:
+  rlimit before_{};
+};
+
+TEST(DecodedText, that_cannot_be_held_is_30014_and_leaves_no_temporary_file) {
+  constexpr rlim_t kMegabyte = 1 << 20;
+  tests::TemporaryFolder folder;
+  const platform::FixedTemporaryFolder fixed(folder.path(""));
+  std::string coded;
+  for (int i = 0; i < 1'000'000; ++i) coded += "QUJDREVGQUJDREVGQUJDREVGQUJDREVGQUJDREVGQUJDREVGQUJDREVG\n";
+  OneMessage box("A: b\n", coded);
+  box.top().Load();
+  // The decoded bytes take 42 MB, as characters 84 MB.
+  for (const rlim_t megabytes : {20, 80}) {
+    const MemoryLimit limit(megabytes * kMegabyte);
+    expect_error(ErrorNumber::out_of_memory, Reporter::message,
+                 [&] { box.top().DecodedText(AttachmentEncoding::base64); });
+  }
+  EXPECT_TRUE(folder.names().empty());
+  EXPECT_EQ(box.top().DecodedText(AttachmentEncoding::base64).size(), 42'000'000u);
+}
+
+#endif
 
 TEST(DecodedText, leaves_no_temporary_file_behind) {
   tests::TemporaryFolder folder;

@@ -88,4 +88,8 @@ std::vector<std::string> corpus_files(std::string_view folder) {
   return files;
 }
 
+std::string corpus_name(const std::string& path) {
+  return fs::path(path).lexically_relative(corpus()).generic_string();
+}
+
 }  // namespace vellobar::tests

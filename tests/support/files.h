@@ -40,5 +40,7 @@ std::string source_file(std::string_view name);
 
 /// All files of the real mail below a folder of it ("mbox", "joined"), sorted; empty where it is absent.
 std::vector<std::string> corpus_files(std::string_view folder);
+/// What a file of the real mail is called below the folder that holds it all, with slashes on every system.
+std::string corpus_name(const std::string& path);
 
 }  // namespace vellobar::tests
