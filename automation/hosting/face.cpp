@@ -33,20 +33,28 @@ class Selected {
   HGDIOBJ before_;
 };
 
-void draw_box(HDC dc, const RECT& box, COLORREF border, COLORREF inside, int width) {
-  const Selected brush(dc, CreateSolidBrush(inside));
-  const Selected pen(dc, CreatePen(PS_INSIDEFRAME, width, border));
-  Rectangle(dc, box.left, box.top, box.right, box.bottom);
+void fill(HDC dc, const RECT& box, COLORREF colour) {
+  const HBRUSH brush = CreateSolidBrush(colour);
+  FillRect(dc, &box, brush);
+  DeleteObject(brush);
 }
 
-/// A closed envelope seen from behind: its flap is two lines that meet above the middle.
+void draw_box(HDC dc, const RECT& box, COLORREF border, COLORREF inside, int width) {
+  fill(dc, box, border);
+  fill(dc, {box.left + width, box.top + width, box.right - width, box.bottom - width}, inside);
+}
+
+/// A closed envelope seen from behind: its flap is two lines that meet below the middle.
 void draw_letter(HDC dc, const RECT& box) {
   const int width = box.right - box.left, height = box.bottom - box.top;
   const int line = std::max(1, height / 16);
   draw_box(dc, box, kInk, kPaper, line);
   const Selected pen(dc, CreatePen(PS_SOLID, line, kInk));
-  const std::array<POINT, 3> flap{
-      {{box.left, box.top}, {box.left + width / 2, box.top + height * 3 / 5}, {box.right - 1, box.top}}};
+  // The ends of the lines stay inside the border.
+  const int inset = line / 2;
+  const std::array<POINT, 3> flap{{{box.left + inset, box.top + inset},
+                                   {box.left + width / 2, box.top + height * 3 / 5},
+                                   {box.right - 1 - inset, box.top + inset}}};
   Polyline(dc, flap.data(), static_cast<int>(flap.size()));
 }
 
@@ -69,7 +77,9 @@ void draw_name(HDC dc, const RECT& box) {
 }  // namespace
 
 void draw_face(HDC dc, const RECT& bounds) {
+  if (IsRectEmpty(&bounds) != FALSE) return;
   const int saved = SaveDC(dc);
+  IntersectClipRect(dc, bounds.left, bounds.top, bounds.right, bounds.bottom);
   const int width = bounds.right - bounds.left, height = bounds.bottom - bounds.top;
   draw_box(dc, bounds, kFrame, kGround, std::max(1, std::min(width, height) / 32));
   // The letter takes the upper part, three wide by two high; the name has the rest.

@@ -1,5 +1,5 @@
-// Objects of a container's own, to be handed to the control: they live on the stack of a test and count the references
-// that are held to them.
+// Objects of a container's own, to be handed to the control: they live on the stack of a test, count the references
+// that are held to them, and outlive all of these.
 #pragma once
 
 #include <ocidl.h>
@@ -16,6 +16,11 @@ namespace vellobar::tests {
 template <class First, class... Others>
 class ClientSide : public First, public Others... {
  public:
+  ClientSide() = default;
+  ClientSide(const ClientSide&) = delete;
+  ClientSide& operator=(const ClientSide&) = delete;
+  ~ClientSide() { EXPECT_EQ(references, 1u) << "the control still holds its container's object"; }
+
   STDMETHODIMP QueryInterface(REFIID interface_id, void** to) override {
     *to = nullptr;
     if (interface_id == IID_IUnknown) *to = static_cast<First*>(this);

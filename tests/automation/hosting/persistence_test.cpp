@@ -239,11 +239,11 @@ TEST_F(Persistence, a_file_name_longer_than_any_path_is_not_saved) {
 }
 
 TEST_F(Persistence, loading_tells_the_listeners_what_changed) {
+  PropertyListener listener;
   const auto control = make<IVellobar>(CLSID_Vellobar);
   const auto container = query<IConnectionPointContainer>(control.get());
   ComPtr<IConnectionPoint> point;
   ASSERT_EQ(container->FindConnectionPoint(IID_IPropertyNotifySink, point.receive()), S_OK);
-  PropertyListener listener;
   DWORD cookie = 0;
   ASSERT_EQ(point->Advise(&listener, &cookie), S_OK);
   EXPECT_EQ(query<IPersistStreamInit>(control.get())->Load(stream_with(kSaved).get()), S_OK);
@@ -281,10 +281,10 @@ TEST_F(Persistence, a_storage_is_loaded_or_made_once) {
 }
 
 TEST_F(Persistence, a_save_to_the_own_storage_is_clean_when_it_is_completed) {
+  AdviseListener listener;
   const auto control = make<IVellobar>(CLSID_Vellobar);
   const auto persistent = query<IPersistStorage>(control.get());
   const auto storage = new_storage(), other = new_storage();
-  AdviseListener listener;
   DWORD cookie = 0;
   EXPECT_EQ(query<IOleObject>(control.get())->Advise(&listener, &cookie), S_OK);
   EXPECT_EQ(persistent->InitNew(storage.get()), S_OK);

@@ -53,8 +53,8 @@ class PropertyNotifications : public AutomationTest {
 }  // namespace
 
 TEST_F(PropertyNotifications, come_when_a_client_puts_another_value) {
-  const auto control = make<IVellobar>(CLSID_Vellobar);
   PropertyListener listener;
+  const auto control = make<IVellobar>(CLSID_Vellobar);
   listen(control.get(), listener);
   EXPECT_EQ(control->put_Filename(Text(L"a").get()), S_OK);
   EXPECT_EQ(control->put_AutoUpdate(VARIANT_TRUE), S_OK);
@@ -65,17 +65,17 @@ TEST_F(PropertyNotifications, come_when_a_client_puts_another_value) {
 }
 
 TEST_F(PropertyNotifications, come_by_late_bound_puts_too) {
-  const auto control = make<IVellobar>(CLSID_Vellobar);
   PropertyListener listener;
+  const auto control = make<IVellobar>(CLSID_Vellobar);
   listen(control.get(), listener);
   EXPECT_EQ(invoke(control.get(), kFilename, DISPATCH_PROPERTYPUT, {Value(L"a").get()}), S_OK);
   EXPECT_EQ(listener.changed, Identifiers{kFilename});
 }
 
 TEST_F(PropertyNotifications, do_not_come_when_the_value_stays) {
+  PropertyListener listener;
   const auto control = make<IVellobar>(CLSID_Vellobar);
   EXPECT_EQ(control->put_Filename(Text(L"a").get()), S_OK);
-  PropertyListener listener;
   listen(control.get(), listener);
   EXPECT_EQ(control->put_Filename(Text(L"a").get()), S_OK);
   EXPECT_EQ(control->put_AutoUpdate(VARIANT_FALSE), S_OK);
@@ -84,9 +84,9 @@ TEST_F(PropertyNotifications, do_not_come_when_the_value_stays) {
 }
 
 TEST_F(PropertyNotifications, tell_of_changed_when_a_header_is_edited_and_when_the_mailbox_is_updated) {
+  PropertyListener listener;
   MailboxClient client;
   client.locked_messages();
-  PropertyListener listener;
   listen(client.control(), listener);
   add_header(client);
   EXPECT_EQ(listener.changed, Identifiers{kChanged});
@@ -96,10 +96,10 @@ TEST_F(PropertyNotifications, tell_of_changed_when_a_header_is_edited_and_when_t
 }
 
 TEST_F(PropertyNotifications, do_not_come_for_a_change_that_the_same_call_wrote) {
+  PropertyListener listener;
   MailboxClient client;
   client.locked_messages();
   EXPECT_EQ(client.control()->put_AutoUpdate(VARIANT_TRUE), S_OK);
-  PropertyListener listener;
   listen(client.control(), listener);
   add_header(client);
   EXPECT_EQ(listener.changed, Identifiers{});
@@ -107,16 +107,16 @@ TEST_F(PropertyNotifications, do_not_come_for_a_change_that_the_same_call_wrote)
 }
 
 TEST_F(PropertyNotifications, tell_every_control_of_the_thread_of_a_value_of_the_process) {
-  const auto first = make<IVellobar>(CLSID_Vellobar), second = make<IVellobar>(CLSID_Vellobar);
   PropertyListener listener;
+  const auto first = make<IVellobar>(CLSID_Vellobar), second = make<IVellobar>(CLSID_Vellobar);
   listen(second.get(), listener);
   EXPECT_EQ(first->put_CharSet(CP1250), S_OK);
   EXPECT_EQ(listener.changed, Identifiers{kCharSet});
 }
 
 TEST_F(PropertyNotifications, come_on_the_listeners_own_thread_only) {
-  const auto control = make<IVellobar>(CLSID_Vellobar);
   PropertyListener listener;
+  const auto control = make<IVellobar>(CLSID_Vellobar);
   listen(control.get(), listener);
   std::thread([] { EXPECT_EQ(make<IVellobar>(CLSID_Vellobar)->put_CharSet(CP1250), S_OK); }).join();
   EXPECT_EQ(listener.changed, Identifiers{});
@@ -126,8 +126,8 @@ TEST_F(PropertyNotifications, come_on_the_listeners_own_thread_only) {
 }
 
 TEST_F(PropertyNotifications, a_listener_that_refuses_keeps_the_old_value) {
-  const auto control = make<IVellobar>(CLSID_Vellobar);
   PropertyListener listener;
+  const auto control = make<IVellobar>(CLSID_Vellobar);
   listener.when_requested = [](DISPID) { return S_FALSE; };
   listen(control.get(), listener);
   EXPECT_EQ(control->put_Filename(Text(L"a").get()), CTL_E_SETNOTPERMITTED);
@@ -140,17 +140,17 @@ TEST_F(PropertyNotifications, a_listener_that_refuses_keeps_the_old_value) {
 }
 
 TEST_F(PropertyNotifications, a_listener_without_an_opinion_does_not_refuse) {
-  const auto control = make<IVellobar>(CLSID_Vellobar);
   PropertyListener listener;
+  const auto control = make<IVellobar>(CLSID_Vellobar);
   listener.when_requested = [](DISPID) { return E_NOTIMPL; };
   listen(control.get(), listener);
   EXPECT_EQ(control->put_Filename(Text(L"a").get()), S_OK);
 }
 
 TEST_F(PropertyNotifications, nobody_is_asked_about_a_file_name_that_a_locked_control_refuses) {
+  PropertyListener listener;
   MailboxClient client;
   client.locked_messages();
-  PropertyListener listener;
   listen(client.control(), listener);
   EXPECT_EQ(client.control()->put_Filename(Text(L"other").get()), kMailboxLocked);
   EXPECT_EQ(listener.requested, Identifiers{});
@@ -158,8 +158,8 @@ TEST_F(PropertyNotifications, nobody_is_asked_about_a_file_name_that_a_locked_co
 }
 
 TEST_F(PropertyNotifications, a_listener_may_stop_listening_while_it_is_told) {
-  const auto control = make<IVellobar>(CLSID_Vellobar);
   PropertyListener first, second;
+  const auto control = make<IVellobar>(CLSID_Vellobar);
   DWORD first_cookie = 0, second_cookie = 0;
   first.when_changed = [&](DISPID) {
     stop_listening(control.get(), first_cookie);
@@ -176,9 +176,9 @@ TEST_F(PropertyNotifications, a_listener_may_stop_listening_while_it_is_told) {
 }
 
 TEST_F(PropertyNotifications, a_listener_may_let_the_control_go_while_it_is_told) {
+  PropertyListener listener;
   auto control = make<IVellobar>(CLSID_Vellobar);
   IVellobar* const borrowed = control.get();
-  PropertyListener listener;
   listener.when_changed = [&](DISPID) { control = ComPtr<IVellobar>(); };
   listen(borrowed, listener);
   EXPECT_EQ(borrowed->put_Filename(Text(L"a").get()), S_OK);
@@ -188,9 +188,9 @@ TEST_F(PropertyNotifications, a_listener_may_let_the_control_go_while_it_is_told
 }
 
 TEST_F(PropertyNotifications, a_listener_may_let_the_control_go_while_it_is_asked) {
+  PropertyListener listener;
   auto control = make<IVellobar>(CLSID_Vellobar);
   IVellobar* const borrowed = control.get();
-  PropertyListener listener;
   listener.when_requested = [&](DISPID) { return control = ComPtr<IVellobar>(), S_OK; };
   listen(borrowed, listener);
   EXPECT_EQ(borrowed->put_Filename(Text(L"a").get()), S_OK);
@@ -198,9 +198,9 @@ TEST_F(PropertyNotifications, a_listener_may_let_the_control_go_while_it_is_aske
 }
 
 TEST_F(PropertyNotifications, a_listener_may_let_the_control_go_while_a_message_is_edited) {
+  PropertyListener listener;
   MailboxClient client;
   const auto headers = client.headers(0);
-  PropertyListener listener;
   listener.when_changed = [&](DISPID) { client.let_control_go(); };
   listen(client.control(), listener);
   ComPtr<IvHeader> header;
@@ -212,9 +212,9 @@ TEST_F(PropertyNotifications, a_listener_may_let_the_control_go_while_a_message_
 }
 
 TEST_F(PropertyNotifications, a_listener_may_update_the_mailbox_when_it_changed) {
+  PropertyListener listener;
   MailboxClient client;
   client.locked_messages();
-  PropertyListener listener;
   HRESULT updated = E_FAIL;
   listener.when_changed = [&](DISPID) {
     VARIANT_BOOL changed = VARIANT_FALSE;
@@ -230,8 +230,8 @@ TEST_F(PropertyNotifications, a_listener_may_update_the_mailbox_when_it_changed)
 }
 
 TEST_F(PropertyNotifications, a_listener_that_undoes_every_change_comes_to_an_end) {
-  const auto control = make<IVellobar>(CLSID_Vellobar);
   PropertyListener listener;
+  const auto control = make<IVellobar>(CLSID_Vellobar);
   listener.when_changed = [&](DISPID) {
     VARIANT_BOOL on = VARIANT_FALSE;
     EXPECT_EQ(control->get_AutoUpdate(&on), S_OK);
@@ -243,8 +243,8 @@ TEST_F(PropertyNotifications, a_listener_that_undoes_every_change_comes_to_an_en
 }
 
 TEST_F(PropertyNotifications, leave_the_error_information_of_the_call_alone) {
-  const auto control = make<IVellobar>(CLSID_Vellobar);
   PropertyListener listener;
+  const auto control = make<IVellobar>(CLSID_Vellobar);
   listener.when_changed = [&](DISPID) { EXPECT_LT(control->Update(), 0); };
   listen(control.get(), listener);
   EXPECT_EQ(control->put_Filename(Text(L"a").get()), S_OK);
@@ -252,9 +252,9 @@ TEST_F(PropertyNotifications, leave_the_error_information_of_the_call_alone) {
 }
 
 TEST_F(PropertyNotifications, wait_while_the_container_freezes_events) {
+  PropertyListener listener;
   const auto control = make<IVellobar>(CLSID_Vellobar);
   const auto hosted = query<IOleControl>(control.get());
-  PropertyListener listener;
   listen(control.get(), listener);
   EXPECT_EQ(hosted->FreezeEvents(TRUE), S_OK);
   EXPECT_EQ(hosted->FreezeEvents(TRUE), S_OK);
@@ -279,11 +279,11 @@ TEST_F(PropertyNotifications, the_connection_point_is_an_object_of_its_own_that_
 }
 
 TEST_F(PropertyNotifications, the_connection_point_keeps_the_control_alive) {
+  PropertyListener listener;
   auto control = make<IVellobar>(CLSID_Vellobar);
   const auto point = point_of(control.get());
   control = ComPtr<IVellobar>();
   EXPECT_EQ(Module::under_test().can_unload_now(), S_FALSE);
-  PropertyListener listener;
   DWORD cookie = 0;
   EXPECT_EQ(point->Advise(&listener, &cookie), S_OK);
   EXPECT_EQ(listener.references, 2u);
@@ -309,8 +309,8 @@ TEST_F(PropertyNotifications, there_is_one_connection_point) {
 }
 
 TEST_F(PropertyNotifications, connections_are_listed_with_their_cookies) {
-  const auto control = make<IVellobar>(CLSID_Vellobar);
   PropertyListener first, second;
+  const auto control = make<IVellobar>(CLSID_Vellobar);
   const DWORD first_cookie = listen(control.get(), first), second_cookie = listen(control.get(), second);
   EXPECT_NE(first_cookie, second_cookie);
   ComPtr<IEnumConnections> connections, copy;
@@ -328,6 +328,7 @@ TEST_F(PropertyNotifications, connections_are_listed_with_their_cookies) {
 }
 
 TEST_F(PropertyNotifications, what_cannot_listen_is_not_taken) {
+  PropertyListener listener;
   const auto control = make<IVellobar>(CLSID_Vellobar);
   const auto point = point_of(control.get());
   ClientObject other;
@@ -335,7 +336,6 @@ TEST_F(PropertyNotifications, what_cannot_listen_is_not_taken) {
   EXPECT_EQ(point->Advise(&other, &cookie), CONNECT_E_CANNOTCONNECT);
   EXPECT_EQ(cookie, 0u);
   EXPECT_EQ(point->Advise(nullptr, &cookie), E_POINTER);
-  PropertyListener listener;
   EXPECT_EQ(point->Advise(&listener, nullptr), E_POINTER);
   EXPECT_EQ(point->Unadvise(1), CONNECT_E_NOCONNECTION);
   EXPECT_EQ(listener.references, 1u);
