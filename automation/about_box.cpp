@@ -25,7 +25,7 @@ void show_about_box() {
   const std::u16string_view version = CVellobar::Version();
   const std::wstring text = L"Vellobar " + std::wstring(version.begin(), version.end()) +
                             L"\nReads, edits and writes Unix mailbox files.\n\nMIT licence.";
-  MessageBoxW(nullptr, text.c_str(), L"About Vellobar", MB_OK | MB_ICONINFORMATION);
+  MessageBoxW(GetActiveWindow(), text.c_str(), L"About Vellobar", MB_OK | MB_ICONINFORMATION);
 }
 
 }  // namespace vellobar::automation

@@ -31,7 +31,11 @@ class Unknown : public First, public Others... {
   STDMETHODIMP_(ULONG) AddRef() override { return ++references_; }
   STDMETHODIMP_(ULONG) Release() override {
     const ULONG left = --references_;
-    if (left == 0) delete this;
+    if (left == 0) {
+      // What the object lets go of at its end may still take and give back a reference to it.
+      references_ = kEnding;
+      delete this;
+    }
     return left;
   }
 
@@ -41,7 +45,7 @@ class Unknown : public First, public Others... {
   /// Adds a reference unless the last one is gone already.
   bool add_reference_while_alive() {
     ULONG held = references_;
-    while (held != 0) {
+    while (held != 0 && held < kEnding) {
       if (references_.compare_exchange_weak(held, held + 1)) return true;
     }
     return false;
@@ -52,6 +56,8 @@ class Unknown : public First, public Others... {
   void offer(REFIID interface_id, void** to) {
     if (interface_id == __uuidof(Interface)) *to = static_cast<Interface*>(this);
   }
+
+  static constexpr ULONG kEnding = 0x40000000;
 
   std::atomic<ULONG> references_{1};
   ModuleReference module_;

@@ -1,8 +1,13 @@
 // IVellobar: the control.
 #include "mailbox/vellobar.h"
 
+#include <olectl.h>
+
+#include <memory>
+
 #include "automation/about_box.h"
 #include "automation/core_object.h"
+#include "automation/hosting/hosting.h"
 #include "automation/objects.h"
 #include "mailbox/messages.h"
 
@@ -14,12 +19,26 @@ class VellobarObject final : public CoreObject<VellobarObject, IVellobar, CVello
  public:
   using CoreObject::CoreObject;
 
+  STDMETHODIMP QueryInterface(REFIID interface_id, void** to) override {
+    const HRESULT found = CoreObject::QueryInterface(interface_id, to);
+    if (found != E_NOINTERFACE || !Hosting::answers(interface_id)) return found;
+    return guarded([&] {
+      IUnknown* part = hosting().find(interface_id);
+      part->AddRef();
+      *to = part;
+    });
+  }
+
   STDMETHODIMP get_Filename(BSTR* value) override { return get(value, &CVellobar::Filename); }
-  STDMETHODIMP put_Filename(BSTR value) override { return put(value, &CVellobar::SetFilename); }
+  STDMETHODIMP put_Filename(BSTR value) override {
+    const bool changes = !core().Locked() && text_of(value) != core().Filename();
+    return put_bindable(kFilename, changes, [&] { core().SetFilename(text_of(value)); });
+  }
   STDMETHODIMP get_Messages(IvMessages** value) override { return get(value, &CVellobar::Messages); }
   STDMETHODIMP get_AutoUpdate(VARIANT_BOOL* value) override { return get(value, &CVellobar::AutoUpdate); }
   STDMETHODIMP put_AutoUpdate(VARIANT_BOOL value) override {
-    return guarded([&] { core().SetAutoUpdate(value != VARIANT_FALSE); });
+    const bool on = value != VARIANT_FALSE;
+    return put_bindable(kAutoUpdate, on != core().AutoUpdate(), [&] { core().SetAutoUpdate(on); });
   }
   STDMETHODIMP Update() override { return call(&CVellobar::Update); }
   STDMETHODIMP Lock() override { return call(&CVellobar::Lock); }
@@ -53,20 +72,41 @@ class VellobarObject final : public CoreObject<VellobarObject, IVellobar, CVello
     return answer(value, [] { return CVellobar::Language(); });
   }
   STDMETHODIMP put_Language(LanguageEnum value) override {
-    return guarded([&] { CVellobar::SetLanguage(static_cast<std::int32_t>(value)); });
+    const auto language = static_cast<std::int32_t>(value);
+    return put_bindable(kLanguage, language != CVellobar::Language(), [&] { CVellobar::SetLanguage(language); });
   }
   STDMETHODIMP get_CharSet(Charsets* value) override {
     return answer(value, [] { return CVellobar::CharSet(); });
   }
   STDMETHODIMP put_CharSet(Charsets value) override {
-    return guarded([&] { CVellobar::SetCharSet(static_cast<std::int32_t>(value)); });
+    const auto code_page = static_cast<std::int32_t>(value);
+    return put_bindable(kCharSet, code_page != CVellobar::CharSet(), [&] { CVellobar::SetCharSet(code_page); });
   }
 
  private:
+  Hosting& hosting() {
+    if (!hosting_) hosting_ = std::make_unique<Hosting>(static_cast<IVellobar&>(*this), core());
+    return *hosting_;
+  }
+
+  /// Puts a value that containers may bind to; what changes it asks first those who listen.
+  template <class Work>
+  HRESULT put_bindable(DISPID identifier, bool changes, Work&& work) noexcept {
+    // A listener may let the control go.
+    const ComPtr<IVellobar> kept(this);
+    if (changes && hosting_ && !hosting_->may_put(identifier)) {
+      clear_error_information();
+      return CTL_E_SETNOTPERMITTED;
+    }
+    return guarded(work);
+  }
+
   template <class Builder, class... Texts>
   HRESULT build(Builder builder, Texts... texts) noexcept {
     return guarded([&] { std::invoke(builder, core(), text_of(texts)...); });
   }
+
+  std::unique_ptr<Hosting> hosting_;
 };
 
 }  // namespace
