@@ -26,6 +26,10 @@ struct ClassEntry {
 
 inline constexpr std::size_t kClassCount = 9;
 
+/// The miscellaneous status of a control's content: no face at run time, active when visible, inside out, no links to
+/// its inside, composed anew when resized, and the container's site comes first. Its other aspects have none.
+inline constexpr unsigned long kControlStatus = 132497;
+
 std::span<const ClassEntry, kClassCount> class_table();
 
 /// The row of a class; null when it is none of ours.

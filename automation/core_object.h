@@ -58,7 +58,7 @@ class CoreObject : public Object<Interface> {
   /// A property get or a method with a result, named by the member of the core class that does it.
   template <class To, class Member>
   HRESULT get(To* to, Member member) noexcept {
-    return answer(to, [&] { return std::invoke(member, *core_); });
+    return answer(to, [&]() -> decltype(auto) { return std::invoke(member, *core_); });
   }
   /// A property put of a text.
   template <class Member>

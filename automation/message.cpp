@@ -58,7 +58,7 @@ class MessageObject final : public CoreObject<MessageObject, IvMessage, CMessage
 
   STDMETHODIMP get_From(BSTR* value) override { return get(value, &CMessage::From); }
   STDMETHODIMP put_From(BSTR value) override { return put(value, &CMessage::SetFrom); }
-  STDMETHODIMP get_Subject(BSTR* value) override { return get(value, &CMessage::Subject); }
+  STDMETHODIMP get_Subject(BSTR* value) override { return get(value, &CMessage::subject); }
   STDMETHODIMP put_Subject(BSTR value) override { return put(value, &CMessage::SetSubject); }
   STDMETHODIMP get_CC(BSTR* value) override { return get(value, &CMessage::CC); }
   STDMETHODIMP put_CC(BSTR value) override { return put(value, &CMessage::SetCC); }

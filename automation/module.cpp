@@ -41,7 +41,13 @@ STDAPI DllGetClassObject(REFCLSID class_id, REFIID interface_id, LPVOID* to) {
 
 STDAPI DllCanUnloadNow() { return vellobar::automation::living_objects() == 0 ? S_OK : S_FALSE; }
 
-STDAPI DllRegisterServer() { return vellobar::automation::register_server(); }
+STDAPI DllRegisterServer() { return vellobar::automation::register_server(vellobar::automation::Audience::everybody); }
 
-STDAPI DllUnregisterServer() { return vellobar::automation::unregister_server(); }
+STDAPI DllUnregisterServer() {
+  return vellobar::automation::unregister_server(vellobar::automation::Audience::everybody);
+}
+
+STDAPI DllInstall(BOOL install, LPCWSTR audience) {
+  return vellobar::automation::install_server(install != FALSE, audience);
+}
 }

@@ -1,7 +1,9 @@
 // What every automation object has in common: IDispatch answered from the type library, so that a call by identifier
-// and a call through the table of methods reach the same code, and error information for its own interface.
+// and a call through the table of methods reach the same code, error information for its own interface, and the
+// description of its class.
 #pragma once
 
+#include <ocidl.h>
 #include <ole2.h>
 
 #include "automation/guard.h"
@@ -36,11 +38,13 @@ HRESULT perform(To* to, Work&& work) noexcept {
 HRESULT check_arguments(const DISPPARAMS* arguments) noexcept;
 
 template <class Interface>
-class Object : public Unknown<Interface, ISupportErrorInfo> {
+class Object : public Unknown<Interface, ISupportErrorInfo, IProvideClassInfo2> {
  public:
   STDMETHODIMP QueryInterface(REFIID interface_id, void** to) override {
-    const bool by_dispatch = interface_id == IID_IDispatch;
-    return Unknown<Interface, ISupportErrorInfo>::QueryInterface(by_dispatch ? __uuidof(Interface) : interface_id, to);
+    using Base = Unknown<Interface, ISupportErrorInfo, IProvideClassInfo2>;
+    if (interface_id == IID_IDispatch) return Base::QueryInterface(__uuidof(Interface), to);
+    if (interface_id == IID_IProvideClassInfo) return Base::QueryInterface(IID_IProvideClassInfo2, to);
+    return Base::QueryInterface(interface_id, to);
   }
 
   STDMETHODIMP GetTypeInfoCount(UINT* count) override {
@@ -78,6 +82,18 @@ class Object : public Unknown<Interface, ISupportErrorInfo> {
 
   STDMETHODIMP InterfaceSupportsErrorInfo(REFIID interface_id) override {
     return interface_id == __uuidof(Interface) ? S_OK : S_FALSE;
+  }
+
+  STDMETHODIMP GetClassInfo(ITypeInfo** to) override {
+    if (to == nullptr) return E_POINTER;
+    *to = nullptr;
+    return class_information(__uuidof(Interface), to);
+  }
+  /// No class has events, so there is no interface of them to name.
+  STDMETHODIMP GetGUID(DWORD kind, GUID* to) override {
+    if (to == nullptr) return E_POINTER;
+    *to = GUID_NULL;
+    return kind == GUIDKIND_DEFAULT_SOURCE_DISP_IID ? E_FAIL : E_INVALIDARG;
   }
 };
 

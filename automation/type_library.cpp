@@ -60,6 +60,18 @@ HRESULT type_information(REFIID interface_id, ITypeInfo*& information) noexcept 
   }
 }
 
+HRESULT class_information(REFIID interface_id, ITypeInfo** information) noexcept {
+  const std::size_t row = class_row_of_interface(interface_id);
+  if (row == kClassCount) return TYPE_E_ELEMENTNOTFOUND;
+  try {
+    ComPtr<ITypeLib> library;
+    if (const HRESULT result = load_type_library(library); FAILED(result)) return result;
+    return library->GetTypeInfoOfGuid(class_table()[row].class_id, information);
+  } catch (...) {
+    return result_of_current_exception();
+  }
+}
+
 void release_type_information() noexcept {
   for (auto& description : descriptions) {
     if (ITypeInfo* held = description.exchange(nullptr)) held->Release();

@@ -19,6 +19,9 @@ HRESULT load_type_library(ComPtr<ITypeLib>& library);
 /// The description of an interface of ours; borrowed, valid as long as the module is loaded.
 HRESULT type_information(REFIID interface_id, ITypeInfo*& information) noexcept;
 
+/// The description of the class whose default interface this is, with a reference for the caller.
+HRESULT class_information(REFIID interface_id, ITypeInfo** information) noexcept;
+
 /// Gives back what was read. For the module's end.
 void release_type_information() noexcept;
 

@@ -3,6 +3,7 @@
 // control.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -30,9 +31,13 @@ class CHeader {
   bool parse_line(std::u16string_view line);
 
   /// Stores a value without telling the control.
-  void store_value(std::u16string_view value) { value_ = value; }
+  void store_value(std::u16string_view value);
   /// Lengthens the value by a continuation line: CR LF and the line as it stands. Tells nobody.
   void continue_value(std::u16string_view line);
+
+  /// How many times a name or a value of any header in the process was changed: what was derived from headers is out of
+  /// date when this has grown.
+  static std::uint64_t edits() noexcept;
 
  private:
   OwnerLink owner_;

@@ -6,6 +6,7 @@
 #include "errors/error.h"
 #include "headers/header.h"
 #include "mailbox/vellobar.h"
+#include "mime/encoded_word.h"
 #include "platform/ascii.h"
 #include "platform/code_page.h"
 #include "platform/text_compare.h"
@@ -172,13 +173,14 @@ void CHeaders::Remove(const CHeader& header) {
   const auto found =
       std::find_if(items_.begin(), items_.end(), [&](const Entry& entry) { return entry.object.get() == &header; });
   if (found == items_.end()) throw Error(Status::invalid_argument);
-  items_.erase(found);
+  erase(static_cast<std::size_t>(found - items_.begin()));
   mark_changed(owner_);
 }
 
 void CHeaders::RemoveAll() {
   items_.clear();
   text_.clear();
+  forget_decoded();
   mark_changed(owner_);
 }
 
@@ -203,6 +205,7 @@ void CHeaders::add_line(std::string_view line) {
   const std::size_t at = text_.size();
   text_ += line;
   items_.push_back({at, colon, at + value, line.size() - value, nullptr});
+  forget_decoded();
 }
 
 void CHeaders::continue_last(std::string_view line) {
@@ -215,6 +218,7 @@ void CHeaders::continue_last(std::string_view line) {
   text_ += platform::kLineEnd;
   text_ += line;
   last.value_size += platform::kLineEnd.size() + line.size();
+  forget_decoded();
 }
 
 std::string CHeaders::narrow_value(std::size_t position) const {
@@ -227,18 +231,43 @@ std::string CHeaders::narrow_lower_name(std::size_t position) const {
   return platform::narrow(platform::process_code_page(), platform::fold_case(name_of(items_[position])));
 }
 
+// Bytes beyond ASCII are seen through the code page of the thread that asks, which may be another one each time.
+bool CHeaders::depends_on_thread(const Entry& entry) const {
+  return !entry.object && !platform::is_ascii(stored_value(entry));
+}
+
+const std::u16string& CHeaders::decoded(std::string_view ascii_name) {
+  const std::uint64_t edits = CHeader::edits();
+  const int code_page = platform::process_code_page();
+  const bool is_last_one = decoded_.name == ascii_name && decoded_.edits == edits && decoded_.code_page == code_page;
+  if (is_last_one && decoded_.is_kept) return decoded_.text;
+
+  const std::size_t position = find(ascii_name);
+  const bool is_there = position != npos;
+  decoded_.text = is_there ? mime::decode_header_value(narrow_value(position)) : std::u16string();
+  decoded_.name = ascii_name;
+  decoded_.edits = edits;
+  decoded_.code_page = code_page;
+  decoded_.is_kept = !is_there || !depends_on_thread(items_[position]);
+  return decoded_.text;
+}
+
 std::u16string CHeaders::name(std::size_t position) const { return name_of(items_[position]); }
 
 std::u16string CHeaders::value(std::size_t position) const { return value_of(items_[position]); }
 
 void CHeaders::set_value(std::size_t position, std::u16string_view value) { object_at(position)->store_value(value); }
 
-void CHeaders::erase(std::size_t position) { items_.erase(items_.begin() + static_cast<std::ptrdiff_t>(position)); }
+void CHeaders::erase(std::size_t position) {
+  items_.erase(items_.begin() + static_cast<std::ptrdiff_t>(position));
+  forget_decoded();
+}
 
 void CHeaders::append(std::u16string_view name, std::u16string_view value) {
   Entry entry;
   entry.object = std::make_shared<CHeader>(owner_, std::u16string(name), std::u16string(value));
   items_.push_back(std::move(entry));
+  forget_decoded();
 }
 
 }  // namespace vellobar

@@ -68,6 +68,10 @@ class CHeaders {
   std::string narrow_value(std::size_t position) const;
   /// The name at a position, lower-cased, as bytes in the process code page.
   std::string narrow_lower_name(std::size_t position) const;
+  /// The decoded value of the first header of this name, empty when there is none; valid until the next call. The
+  /// last one is kept, so that reading the same value over and over decodes it once. The name is a literal: it is kept
+  /// too.
+  const std::u16string& decoded(std::string_view ascii_name);
   std::u16string name(std::size_t position) const;
   std::u16string value(std::size_t position) const;
 
@@ -85,6 +89,17 @@ class CHeaders {
     std::shared_ptr<CHeader> object;
   };
 
+  /// The last value that was decoded, and what it depends on besides this collection.
+  struct Decoded {
+    std::string_view name;
+    std::uint64_t edits = 0;
+    int code_page = 0;
+    bool is_kept = false;
+    std::u16string text;
+  };
+
+  void forget_decoded() { decoded_.name = {}; }
+  bool depends_on_thread(const Entry& entry) const;
   std::string_view stored_name(const Entry& entry) const;
   std::string_view stored_value(const Entry& entry) const;
   std::u16string name_of(const Entry& entry) const;
@@ -99,6 +114,7 @@ class CHeaders {
   OwnerLink owner_;
   std::string text_;
   std::vector<Entry> items_;
+  Decoded decoded_;
 };
 
 }  // namespace vellobar

@@ -11,12 +11,10 @@ namespace vellobar {
 
 // ---- Reading and writing a header by its name ----
 
-std::u16string CMessage::decoded_header(std::string_view name) {
-  const CHeaders* headers = load_headers();
-  if (headers == nullptr) return {};
-  const std::size_t position = headers->find(name);
-  if (position == CHeaders::npos) return {};
-  return mime::decode_header_value(headers->narrow_value(position));
+const std::u16string& CMessage::decoded_header(std::string_view name) {
+  static const std::u16string kNone;
+  CHeaders* headers = load_headers();
+  return headers != nullptr ? headers->decoded(name) : kNone;
 }
 
 void CMessage::set_header_value(std::string_view name, std::u16string_view value) {
@@ -42,7 +40,7 @@ std::u16string CMessage::To() { return decoded_header("To"); }
 std::u16string CMessage::CC() { return decoded_header("CC"); }
 std::u16string CMessage::BCC() { return decoded_header("BCC"); }
 
-std::u16string CMessage::Subject() { return decoded_header("Subject"); }
+std::u16string CMessage::Subject() { return subject(); }
 void CMessage::SetSubject(std::u16string_view subject) {
   const bool is_encoded = mime::has_8_bit_bytes(platform::narrow(platform::process_code_page(), subject));
   set_header_value("Subject", is_encoded ? mime::utf8_encoded_word(subject) : std::u16string(subject));

@@ -173,8 +173,10 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   CHeaders* load_headers();
   /// The header block as far as it was read.
   CHeaders* loaded_headers() const { return headers_.get(); }
-  /// A named header's decoded value; empty when there is none.
-  std::u16string decoded_header(std::string_view name);
+  /// A named header's decoded value, valid until the next call; empty when there is none. The name is a literal.
+  const std::u16string& decoded_header(std::string_view name);
+  /// What Subject gives, valid until the next call: lists ask for it over and over and copy it anyway.
+  const std::u16string& subject() { return decoded_header("Subject"); }
   /// Replaces, removes (empty value) or appends one header; tells nobody.
   void set_header_value(std::string_view name, std::u16string_view value);
   /// The Windows code page of the message's own charset name; 0 when it names none that counts.

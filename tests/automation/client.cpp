@@ -36,6 +36,10 @@ HRESULT Module::can_unload_now() const { return entry<HRESULT STDAPICALLTYPE()>(
 HRESULT Module::register_server() const { return entry<HRESULT STDAPICALLTYPE()>("DllRegisterServer")(); }
 HRESULT Module::unregister_server() const { return entry<HRESULT STDAPICALLTYPE()>("DllUnregisterServer")(); }
 
+HRESULT Module::install(bool install, const wchar_t* audience) const {
+  return entry<HRESULT STDAPICALLTYPE(BOOL, const wchar_t*)>("DllInstall")(install ? TRUE : FALSE, audience);
+}
+
 Value::Value(const wchar_t* text) : Value() {
   V_VT(&value_) = VT_BSTR;
   V_BSTR(&value_) = SysAllocString(text);
@@ -124,6 +128,21 @@ void leave_foreign_error_information() {
 ULONG references_to(IUnknown* object) {
   object->AddRef();
   return object->Release();
+}
+
+DWORD run_program(std::wstring command_line) {
+  STARTUPINFOW start{};
+  start.cb = sizeof start;
+  PROCESS_INFORMATION process{};
+  if (!CreateProcessW(nullptr, command_line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start, &process)) {
+    throw std::runtime_error("a program cannot be started");
+  }
+  DWORD code = 0;
+  WaitForSingleObject(process.hProcess, INFINITE);
+  GetExitCodeProcess(process.hProcess, &code);
+  CloseHandle(process.hThread);
+  CloseHandle(process.hProcess);
+  return code;
 }
 
 std::wstring widened(std::string_view ascii) { return {ascii.begin(), ascii.end()}; }

@@ -36,6 +36,7 @@ class Module {
   HRESULT can_unload_now() const;
   HRESULT register_server() const;
   HRESULT unregister_server() const;
+  HRESULT install(bool install, const wchar_t* audience) const;
 
  private:
   template <class Function>
@@ -144,6 +145,9 @@ class AutomationTest : public ::testing::Test {
 ULONG references_to(IUnknown* object);
 
 std::wstring widened(std::string_view ascii);
+
+/// Runs a program to its end and returns its exit code.
+DWORD run_program(std::wstring command_line);
 
 /// An object of the client's own, to be handed to the component: it counts its references and knows no names.
 class ClientObject final : public IDispatch {
