@@ -119,13 +119,16 @@ void CVellobar::write_mailbox() {
 void CVellobar::replace_mailbox(platform::FileReplacement::Staging where) {
   platform::FileReplacement replacement(path_, where);
   messages_->write_mailbox(replacement);
-  // Syncing takes a while, in which more mail may be delivered.
+  // Most of the waiting comes before the lock, which keeps others from delivering mail.
+  replacement.sync();
+  replacement.lock();
+  // Not everybody looks at a lock; syncing takes a while.
   std::int64_t copied = file_->size();
   do {
     copied = copy_appended_mail(*file_, copied, replacement);
     replacement.sync();
   } while (copied < file_->current_size());
-  replacement.commit(*file_);
+  replacement.commit(*file_, copied);
 }
 
 void CVellobar::mark_changed() {

@@ -30,6 +30,9 @@ class FileHandle {
   /// True when the path names this very file, links followed.
   bool is_file(const std::string& path) const noexcept { return valid() && platform::is_file(file_, path); }
 
+  /// See platform::try_lock.
+  bool try_lock() noexcept { return platform::try_lock(file_); }
+
   /// Writes behind what was written before, from the front of the file on.
   void write(std::string_view bytes);
   /// Cuts or extends.

@@ -1,6 +1,8 @@
 #include "platform/file_replacement.h"
 
+#include <chrono>
 #include <system_error>
+#include <thread>
 #include <utility>
 
 #include "platform/overwriting.h"
@@ -8,6 +10,9 @@
 namespace vellobar::platform {
 
 namespace {
+
+constexpr std::chrono::milliseconds kPatience{1000};
+constexpr std::chrono::milliseconds kPause{20};
 
 [[noreturn]] void refuse(std::errc reason, const char* doing) {
   throw std::system_error(std::make_error_code(reason), doing);
@@ -40,25 +45,53 @@ void FileReplacement::write(std::string_view bytes) { staged_->write(bytes); }
 
 void FileReplacement::sync() { staged_->sync(); }
 
-void FileReplacement::commit(File& old_file) {
-  if (!can_rename_ || !put_in_place_by_renaming(old_file)) rewrite_in_place();
+void FileReplacement::lock() {
+  locked_ = FileHandle::open(path_, Opening::overwrite);
+  if (!locked_.valid()) refuse(std::errc::permission_denied, "open to lock");
+  for (auto waited = kPause; !locked_.try_lock(); waited += kPause) {
+    if (waited > kPatience) refuse(std::errc::timed_out, "lock");
+    std::this_thread::sleep_for(kPause);
+  }
+}
+
+void FileReplacement::commit(File& old_file, std::int64_t copied) {
+  if (can_rename_ && put_in_place_by_renaming(old_file)) {
+    carry_over(old_file, copied);
+  } else {
+    rewrite_in_place();
+  }
 }
 
 bool FileReplacement::put_in_place_by_renaming(File& old_file) {
   if (!copy_attributes(path_, files_.fresh)) return false;
   staged_->sync();
-  // Some systems do not replace a file that is open.
-  old_file.suspend();
+  if (!kReplacesOpenFiles) {
+    old_file.suspend();
+    locked_ = FileHandle();
+  }
   try {
     rename_over(files_.fresh, path_);
   } catch (const std::system_error&) {
+    if (kReplacesOpenFiles) return false;
     old_file.resume(path_);
+    lock();
     return false;
   }
   leaves_files_ = true;
   // What is in place stays in place whatever this says; it only shortens the time in which a power loss could undo it.
   static_cast<void>(file_system().sync_folder_of(path_));
   return true;
+}
+
+void FileReplacement::carry_over(File& old_file, std::int64_t copied) {
+  const std::int64_t end = old_file.current_size();
+  if (end <= copied) return;
+  FileHandle handle = FileHandle::open(path_, Opening::append);
+  if (!handle.valid()) refuse(std::errc::io_error, "open to append");
+  OutputFile output(std::move(handle));
+  copy_bytes(old_file, copied, end, output);
+  output.sync();
+  output.close();
 }
 
 void FileReplacement::keep_old_content() {

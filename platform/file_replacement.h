@@ -13,10 +13,14 @@
 // overwriting both contents are on the disk: when a call fails the old one is put back, and when the process or the
 // system dies `finish_interrupted_replacement` completes one or the other.
 //
+// For the moment of putting the new content in place the file is locked against programs that deliver mail and look at
+// such locks.
+//
 // The files go by fixed names (see staging_files.h) and are held while they are used: of two processes that replace one
 // file at the same time the second one stages elsewhere or is refused.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -46,20 +50,27 @@ class FileReplacement : public ByteSink {
   /// Waits until what was written so far is on the disk. More may be written afterwards.
   void sync();
 
-  /// Puts the new content in place, which must be synced. `old_file` is the caller's open view of the old one: it is
-  /// let go for the moment of replacing and, when that fails, opened again. Throws std::system_error when the old
-  /// content is still (or again) in force.
-  void commit(File& old_file);
+  /// Locks the file against everybody else who locks it to write to it, until the end. Waits a second for whoever has
+  /// it locked, and then throws std::system_error.
+  void lock();
+
+  /// Puts the new content in place, which must be synced. `old_file` is the caller's open view of the old one: where
+  /// the system needs it, it is let go for the moment of replacing and, when that fails, opened again. What somebody
+  /// wrote to the old file behind `copied` meanwhile is carried over. Throws std::system_error when the old content is
+  /// still (or again) in force.
+  void commit(File& old_file, std::int64_t copied);
 
  private:
   bool stage(StagingFiles files);
   bool put_in_place_by_renaming(File& old_file);
+  void carry_over(File& old_file, std::int64_t copied);
   void keep_old_content();
   void rewrite_in_place();
 
   std::string path_;
   StagingFiles files_;
   std::unique_ptr<OutputFile> staged_;
+  FileHandle locked_;
   bool can_rename_ = false;
   bool leaves_files_ = false;  ///< the staged file has another name now, or is needed to recover
 };

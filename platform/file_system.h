@@ -20,6 +20,7 @@ inline constexpr OpenFile kNoFile = -1;
 enum class Opening {
   read,        ///< not waiting for a pipe's other end
   overwrite,   ///< an existing file is written in place; its content stays
+  append,      ///< an existing file gets more at its end, wherever that is then
   create,      ///< made, or emptied when it exists, and written
   create_new,  ///< made, never an existing one, readable by its owner only, and held until it is closed
   claim,       ///< a file that nobody holds is read and held: the user's own and no link, as a died process leaves it
@@ -67,14 +68,25 @@ FileSystem& real_file_system() noexcept;
 /// The one in force: the operating system's own unless a test put another in its place.
 FileSystem& file_system() noexcept;
 
-/// Puts another file system in force until the object dies. For tests.
+/// Puts another file system in force until the object dies, and then the one before. For tests.
 class FixedFileSystem {
  public:
   explicit FixedFileSystem(FileSystem& fixed) noexcept;
   ~FixedFileSystem();
   FixedFileSystem(const FixedFileSystem&) = delete;
   FixedFileSystem& operator=(const FixedFileSystem&) = delete;
+
+ private:
+  FileSystem* before_;
 };
+
+/// True where a file can be replaced while somebody holds it open.
+extern const bool kReplacesOpenFiles;
+
+/// Locks a file that is open for writing against everybody else who locks it, until it is closed: on POSIX as programs
+/// that deliver mail do (fcntl), on Windows against this component in other processes (a byte far behind the end).
+/// False when somebody else has it locked; a file that cannot be locked at all counts as locked.
+bool try_lock(OpenFile file) noexcept;
 
 /// True for a disk that is full and for a user whose share of it is used up.
 bool is_out_of_room(const std::error_code& failure) noexcept;

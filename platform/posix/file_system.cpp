@@ -27,13 +27,18 @@ bool same(const struct stat& left, const struct stat& right) noexcept {
   return left.st_dev == right.st_dev && left.st_ino == right.st_ino;
 }
 
-bool is_held_by_nobody(int descriptor) noexcept { return ::flock(descriptor, LOCK_EX | LOCK_NB) == 0; }
+/// Holds a new file. Between its making and this it looks like one that a died process left: false when somebody took
+/// it for that. A file system that has no such locks does without.
+bool hold_new(int descriptor, const std::string& path) noexcept {
+  const bool is_taken = ::flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+  return !is_taken && is_file(descriptor, path);
+}
 
-/// True for a regular file of this user that the path still names.
-bool is_own_file(int descriptor, const std::string& path) noexcept {
+/// Holds a regular file of this user that nobody else holds and the path still names.
+bool hold_left(int descriptor, const std::string& path) noexcept {
   struct stat info {};
   return ::fstat(descriptor, &info) == 0 && S_ISREG(info.st_mode) && info.st_uid == ::geteuid() &&
-         is_file(descriptor, path);
+         ::flock(descriptor, LOCK_EX | LOCK_NB) == 0 && is_file(descriptor, path);
 }
 
 int flags_for(Opening how) noexcept {
@@ -43,6 +48,8 @@ int flags_for(Opening how) noexcept {
       return O_RDONLY | O_NONBLOCK;
     case Opening::overwrite:
       return O_WRONLY;
+    case Opening::append:
+      return O_WRONLY | O_APPEND;
     case Opening::create:
       return O_WRONLY | O_CREAT | O_TRUNC;
     case Opening::create_new:
@@ -78,9 +85,9 @@ class PosixFileSystem final : public FileSystem {
     if (path.find('\0') != std::string::npos) return error(EINVAL);
     const int descriptor = ::open(path.c_str(), flags_for(how) | O_CLOEXEC, how == Opening::create_new ? 0600 : 0666);
     if (descriptor < 0) return error(errno);
-    const bool must_be_held = how == Opening::create_new || how == Opening::claim;
-    // Between its making and its being held a new file looks like one that a died process left.
-    if (must_be_held && !(is_held_by_nobody(descriptor) && is_own_file(descriptor, path))) {
+    const bool is_refused = (how == Opening::create_new && !hold_new(descriptor, path)) ||
+                            (how == Opening::claim && !hold_left(descriptor, path));
+    if (is_refused) {
       ::close(descriptor);
       return error(EBUSY);
     }
@@ -158,6 +165,21 @@ const char* const kPathSeparators = "/";
 FileSystem& real_file_system() noexcept {
   static PosixFileSystem system;
   return system;
+}
+
+const bool kReplacesOpenFiles = true;
+
+bool try_lock(OpenFile file) noexcept {
+#ifdef F_OFD_SETLK
+  // Belongs to the open file: closing another one of the same path does not give it up.
+  constexpr int kSetLock = F_OFD_SETLK;
+#else
+  constexpr int kSetLock = F_SETLK;
+#endif
+  struct flock whole {};
+  whole.l_type = F_WRLCK;
+  whole.l_whence = SEEK_SET;
+  return ::fcntl(number(file), kSetLock, &whole) == 0 || (errno != EAGAIN && errno != EACCES);
 }
 
 bool is_out_of_room(const std::error_code& failure) noexcept {

@@ -15,6 +15,9 @@ constexpr std::size_t kLargestPiece = std::size_t{1} << 30;
 constexpr int kRenameTries = 5;
 constexpr DWORD kRenamePause = 20;  // milliseconds, doubled from try to try
 
+/// The upper half of a position that no file reaches: what is locked there can still be read and written.
+constexpr DWORD kLockedByteHigh = 0x40000000;
+
 /// ERROR_DISK_QUOTA_EXCEEDED, which MinGW's headers lack.
 constexpr DWORD kDiskQuotaExceeded = 1295;
 
@@ -38,6 +41,8 @@ Way way_of(Opening how) noexcept {
       return {GENERIC_READ, kShareAll, OPEN_EXISTING};
     case Opening::overwrite:
       return {GENERIC_WRITE, kShareAll, OPEN_EXISTING};
+    case Opening::append:
+      return {FILE_APPEND_DATA | GENERIC_READ, kShareAll, OPEN_EXISTING};
     case Opening::create:
       return {GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, CREATE_ALWAYS};
     case Opening::create_new:
@@ -197,6 +202,15 @@ const char* const kPathSeparators = "\\/";
 FileSystem& real_file_system() noexcept {
   static WindowsFileSystem system;
   return system;
+}
+
+const bool kReplacesOpenFiles = false;
+
+bool try_lock(OpenFile file) noexcept {
+  OVERLAPPED at{};
+  at.OffsetHigh = kLockedByteHigh;
+  return ::LockFileEx(native(file), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &at) != 0 ||
+         ::GetLastError() != ERROR_LOCK_VIOLATION;
 }
 
 bool is_out_of_room(const std::error_code& failure) noexcept {

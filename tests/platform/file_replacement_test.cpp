@@ -48,7 +48,7 @@ class Replaced {
     FileReplacement replacement(path);
     replacement.write(content);
     replacement.sync();
-    replacement.commit(*old_file);
+    replacement.commit(*old_file, old_file->size());
   }
 
  private:
@@ -130,7 +130,7 @@ TEST(FileReplacement, gives_the_old_file_to_read_again_when_it_cannot_be_replace
   {
     FaultyFileSystem failing(Fault::fails_from, 0);
     const FixedFileSystem fixed(failing);
-    EXPECT_THROW(replacement.commit(*old_file), std::system_error);
+    EXPECT_THROW(replacement.commit(*old_file, old_file->size()), std::system_error);
   }
   char bytes[20];
   EXPECT_EQ(std::string_view(bytes, old_file->read(0, bytes, sizeof bytes)), "old content");
@@ -158,7 +158,7 @@ TEST_P(PutBack, the_old_content_is_whenever_overwriting_fails) {
       const FixedFileSystem fixed(failing);
       bool succeeded = true;
       try {
-        replacement.commit(*old_file);
+        replacement.commit(*old_file, old_file->size());
       } catch (const std::system_error&) {
         succeeded = false;
         ++refused;
@@ -185,7 +185,7 @@ TEST_P(PutBack, fails_as_well_leaves_both_contents_to_recover_from) {
       FaultyFileSystem failing(Fault::fails_from, at);
       const FixedFileSystem fixed(failing);
       try {
-        replacement.commit(*old_file);
+        replacement.commit(*old_file, old_file->size());
       } catch (const std::system_error&) {
         recovered += fs::exists(file.beside().old);
       }
@@ -339,7 +339,7 @@ TEST(FileReplacement, rewrites_in_place_what_attributes_cannot_be_given_to) {
     replacement.sync();
     FaultyFileSystem failing(Fault::fails, at, std::make_error_code(std::errc::operation_not_permitted));
     const FixedFileSystem fixed(failing);
-    replacement.commit(*old_file);
+    replacement.commit(*old_file, old_file->size());
     ASSERT_EQ(::stat(file.path().c_str(), &after), 0);
     EXPECT_EQ(after.st_ino, before.st_ino);
     EXPECT_EQ(file.content(), "new");

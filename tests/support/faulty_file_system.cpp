@@ -11,6 +11,7 @@ FaultyFileSystem::FaultyFileSystem(Fault fault, std::int64_t at, std::error_code
 template <typename Call>
 std::error_code FaultyFileSystem::change(Call call) noexcept {
   const std::int64_t number = changes_++;
+  if (before_change_) before_change_(number);
   const bool is_here = number == at_ && !is_dead_;
   if (is_here && fault_ == Fault::fails) return failure_;
   if (number >= at_ && fault_ == Fault::fails_from) return failure_;

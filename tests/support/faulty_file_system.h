@@ -5,10 +5,12 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <set>
 #include <string>
 #include <system_error>
+#include <utility>
 
 #include "platform/file_system.h"
 
@@ -31,6 +33,9 @@ class FaultyFileSystem final : public platform::FileSystem {
 
   /// From now on nothing at or behind this position can be read.
   void fail_reads_from(std::int64_t position) { unreadable_from_ = position; }
+
+  /// Calls this before each change, with its number.
+  void before_each_change(std::function<void(std::int64_t)> action) { before_change_ = std::move(action); }
 
   /// Changes so far, whether they were made or not.
   std::int64_t changes() const { return changes_; }
@@ -57,6 +62,7 @@ class FaultyFileSystem final : public platform::FileSystem {
   std::int64_t at_;
   std::error_code failure_;
   std::int64_t unreadable_from_ = std::numeric_limits<std::int64_t>::max();
+  std::function<void(std::int64_t)> before_change_;
   std::int64_t changes_ = 0;
   bool is_dead_ = false;
   std::set<platform::OpenFile> written_;

@@ -29,6 +29,16 @@ struct MailboxEdit {
 /// 10 edits; what each one writes depends on the mailbox alone.
 const std::vector<MailboxEdit>& mailbox_edits();
 
+/// For tests that try every change of every case. Where calls on files cost much more than elsewhere (Windows programs,
+/// sanitizers) that is some of them.
+#if defined(_WIN32) || defined(__SANITIZE_ADDRESS__)
+inline constexpr bool kTriesAll = false;
+#else
+inline constexpr bool kTriesAll = true;
+#endif
+std::vector<MailboxShape> swept_shapes();
+std::vector<MailboxEdit> swept_edits();
+
 /// How the new mailbox takes the old one's place.
 enum class Way {
   by_renaming,
