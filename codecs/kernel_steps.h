@@ -3,15 +3,25 @@
 #pragma once
 
 #include <cstddef>
+#include <cstring>
 
 #include "codecs/kernels.h"
 
 namespace vellobar::codecs {
 
-/// Length of the line end that stands here: CR LF, LF, or none. Reads two bytes.
+/// The two line ends, each for a loop of lines of its own: with its length known, no line waits for the one before.
+struct LineFeed {
+  static constexpr std::size_t kSize = 1;
+  static bool is_at(const unsigned char* at) { return *at == '\n'; }
+};
+struct CrLf {
+  static constexpr std::size_t kSize = 2;
+  static bool is_at(const unsigned char* at) { return std::memcmp(at, "\r\n", kSize) == 0; }
+};
+
+/// Length of the line end that stands here, or 0. Reads two bytes.
 inline std::size_t line_end_size(const unsigned char* at) {
-  if (at[0] == '\n') return 1;
-  return at[0] == '\r' && at[1] == '\n' ? 2 : 0;
+  return LineFeed::is_at(at) ? LineFeed::kSize : CrLf::is_at(at) ? CrLf::kSize : 0;
 }
 
 /// Goes on with another form where `done` ends.
@@ -24,13 +34,13 @@ inline Progress go_on(Progress done, Progress (*loop)(const unsigned char*, std:
 /// Decodes full lines as long as they come, and what is no full line up to its end. `kDecodeLines` takes lines of
 /// letters with their line ends. `kDecodeRun` takes whole groups of letters and returns false when too little is left
 /// for it, so that the plain form goes on; when it returns true at least two bytes are left.
-template <void (*kDecodeLines)(const unsigned char*, std::size_t, unsigned char*, Progress&),
+template <Progress (*kDecodeLines)(const unsigned char*, std::size_t, unsigned char*),
           bool (*kDecodeRun)(const unsigned char*, std::size_t, unsigned char*, Progress&),
           const SextetKernels Kernels::*kPlain>
 Progress decode_lines_and_runs(const unsigned char* from, std::size_t size, unsigned char* to) {
   Progress done;
   for (;;) {
-    kDecodeLines(from, size, to, done);
+    done = go_on(done, kDecodeLines, from, size, to);
     if (!kDecodeRun(from, size, to, done)) break;
     const std::size_t line_end = line_end_size(from + done.read);
     if (line_end == 0) return done;

@@ -34,6 +34,10 @@ constexpr std::size_t kLettersAStep = 64;
 constexpr std::size_t kBytesAStep = 48;
 constexpr __mmask64 kStepOfBytes = 0xFFFFFFFFFFFF;
 
+/// So many letters must be left for a decoding step: it stores 64 bytes where 48 are meant, and the room is 3/4 of the
+/// letters.
+constexpr std::size_t kLettersForRoom = 88;
+
 /// The first 64 bytes of a table.
 __m512i table(const void* entries) { return _mm512_loadu_si512(entries); }
 
@@ -87,11 +91,11 @@ __m512i look_up(__m512i letters) {
   return _mm512_permutex2var_epi8(table(kValues.data()), letters, table(kValues.data() + 64));
 }
 
-/// Joins 64 values to 48 bytes and stores them alone.
+/// Joins 64 values to 48 bytes and stores them, with 16 more of no meaning.
 void join_values(__m512i values, unsigned char* to) {
   const __m512i pairs = _mm512_maddubs_epi16(values, _mm512_set1_epi32(0x01400140));
   const __m512i groups = _mm512_madd_epi16(pairs, _mm512_set1_epi32(0x00011000));
-  _mm512_mask_storeu_epi8(to, kStepOfBytes, _mm512_permutexvar_epi8(table(kJoinOrder.data()), groups));
+  _mm512_storeu_si512(to, _mm512_permutexvar_epi8(table(kJoinOrder.data()), groups));
 }
 
 template <const SextetCode& kCode, const SextetKernels Kernels::*kPlain>
@@ -119,31 +123,40 @@ void encode_lines(const unsigned char* from, std::size_t lines, unsigned char* t
 }
 
 /// Decodes full lines of letters alone, as the stream encoder makes them.
-template <const SextetCode& kCode, std::size_t kLineBytes>
-void decode_lines(const unsigned char* from, std::size_t size, unsigned char* to, Progress& done) {
+template <const SextetCode& kCode, std::size_t kLineBytes, typename LineEnd>
+Progress decode_lines_ended_by(const unsigned char* from, std::size_t size, unsigned char* to) {
   constexpr std::size_t kLetters = kLineBytes / 3 * 4;
   constexpr std::size_t kLast = kLetters - kLettersAStep;
-  while (size - done.read >= kLetters + 2) {
+  Progress done;
+  while (size - done.read >= kLast + kLettersForRoom) {
     const unsigned char* line = from + done.read;
-    const std::size_t line_end = line_end_size(line + kLetters);
-    if (line_end == 0) return;
+    if (!LineEnd::is_at(line + kLetters)) break;
     const __m512i first = table(line);
     const __m512i last = table(line + kLast);
     const __m512i first_values = look_up<kCode>(first);
     const __m512i last_values = look_up<kCode>(last);
     const __m512i all = _mm512_or_si512(_mm512_or_si512(first, last), _mm512_or_si512(first_values, last_values));
-    if (_mm512_movepi8_mask(all) != 0) return;
+    if (_mm512_movepi8_mask(all) != 0) break;
     join_values(first_values, to + done.written);
-    join_values(last_values, to + done.written + kLast / 4 * 3);
-    done.read += kLetters + line_end;
+    if constexpr (kLast > 0) join_values(last_values, to + done.written + kLast / 4 * 3);
+    done.read += kLetters + LineEnd::kSize;
     done.written += kLineBytes;
   }
+  return done;
+}
+
+template <const SextetCode& kCode, std::size_t kLineBytes>
+Progress decode_lines(const unsigned char* from, std::size_t size, unsigned char* to) {
+  constexpr std::size_t kLetters = kLineBytes / 3 * 4;
+  const bool ends_with_line_feed = size > kLetters && LineFeed::is_at(from + kLetters);
+  return ends_with_line_feed ? decode_lines_ended_by<kCode, kLineBytes, LineFeed>(from, size, to)
+                             : decode_lines_ended_by<kCode, kLineBytes, CrLf>(from, size, to);
 }
 
 /// Decodes the whole groups before the first stranger. Returns false when too little is left to go on.
 template <const SextetCode& kCode>
 bool decode_run(const unsigned char* from, std::size_t size, unsigned char* to, Progress& done) {
-  while (size - done.read >= kLettersAStep) {
+  while (size - done.read >= kLettersForRoom) {
     const __m512i letters = table(from + done.read);
     const __m512i values = look_up<kCode>(letters);
     const std::uint64_t strangers = _mm512_movepi8_mask(_mm512_or_si512(letters, values));
@@ -158,6 +171,80 @@ bool decode_run(const unsigned char* from, std::size_t size, unsigned char* to, 
     done.written += kBytesAStep;
   }
   return false;
+}
+
+constexpr std::size_t kUuLetters = kUuLineBytes / 3 * 4;
+constexpr __mmask64 kUuBytesInLine = 0x1FFFFFFFFFFF;
+constexpr __mmask64 kUuLettersInLine = 0x1FFFFFFFFFFFFFFE;  // behind the length character
+
+/// A line of uuencode with its line end is one byte shorter than a step. Each eight of its characters begin with the
+/// last letter of a group, so their bytes begin one before the six of two groups; they stand the highest first.
+constexpr std::array<unsigned char, 64> uu_split_order() {
+  std::array<unsigned char, 64> order{};
+  for (unsigned place = 0; place < 64; ++place) {
+    const unsigned byte = place / 8 * 6 + 7 - place % 8;  // counted from one before the first
+    order[place] = static_cast<unsigned char>(byte == 0 ? 0 : byte - 1);
+  }
+  return order;
+}
+constexpr std::array<unsigned char, 64> kUuSplitOrder = uu_split_order();
+
+/// A line without its letters, and the length character of the next one.
+constexpr std::array<unsigned char, 64> uu_frame() {
+  std::array<unsigned char, 64> frame{};
+  frame[0] = frame[63] = kFullUuLine;
+  frame[61] = '\r';
+  frame[62] = '\n';
+  return frame;
+}
+constexpr std::array<unsigned char, 64> kUuFrame = uu_frame();
+
+/// Each line writes the first character of the next one with it, so the plain form makes the last.
+void encode_uu_lines(const unsigned char* from, std::size_t lines, unsigned char* to) {
+  for (; lines > 1; --lines, from += kUuLineBytes, to += 1 + kUuLetters + 2) {
+    const __m512i bytes = _mm512_maskz_loadu_epi8(kUuBytesInLine, from);
+    const __m512i groups = _mm512_permutexvar_epi8(table(kUuSplitOrder.data()), bytes);
+    const __m512i values = _mm512_multishift_epi64_epi8(_mm512_set1_epi64(0x0E141A20262C3238), groups);
+    _mm512_storeu_si512(to, _mm512_mask_permutexvar_epi8(table(kUuFrame.data()), kUuLettersInLine, values,
+                                                         table(kUuCode.letters.data())));
+  }
+  kScalarKernels.uuencode.encode_lines(from, lines, to);
+}
+
+void join_uu_letters(__m512i letters, unsigned char* to) {
+  const __m512i lowered = _mm512_sub_epi8(letters, _mm512_set1_epi8(' '));
+  join_values(_mm512_and_si512(lowered, _mm512_set1_epi8(63)), to);
+}
+
+Progress decode_uu(const unsigned char* from, std::size_t size, unsigned char* to) {
+  Progress done;
+  while (size - done.read >= kLettersForRoom) {
+    join_uu_letters(table(from + done.read), to + done.written);
+    done.read += kLettersAStep;
+    done.written += kBytesAStep;
+  }
+  return go_on(done, kScalarKernels.uuencode.decode, from, size, to);
+}
+
+template <typename LineEnd>
+Progress decode_uu_lines_ended_by(const unsigned char* from, std::size_t size, unsigned char* to) {
+  Progress done;
+  while (size - done.read >= 1 + kLettersForRoom && from[done.read] == kFullUuLine) {
+    const unsigned char* letters = from + done.read + 1;
+    const __m512i line = table(letters);
+    const __mmask64 control = _mm512_cmplt_epu8_mask(line, _mm512_set1_epi8(' '));
+    if (!LineEnd::is_at(letters + kUuLetters) || control << (kLettersAStep - kUuLetters) != 0) break;
+    join_uu_letters(line, to + done.written);
+    done.read += 1 + kUuLetters + LineEnd::kSize;
+    done.written += kUuLineBytes;
+  }
+  return done;
+}
+
+Progress decode_uu_lines(const unsigned char* from, std::size_t size, unsigned char* to) {
+  const bool ends_with_line_feed = size > 1 + kUuLetters && LineFeed::is_at(from + 1 + kUuLetters);
+  const auto decode = ends_with_line_feed ? decode_uu_lines_ended_by<LineFeed> : decode_uu_lines_ended_by<CrLf>;
+  return go_on(decode(from, size, to), kScalarKernels.decode_uu_lines, from, size, to);
 }
 
 template <const SextetCode& kCode, std::size_t kLineBytes, const SextetKernels Kernels::*kPlain>
@@ -176,10 +263,12 @@ constexpr SextetKernels kSextetKernels = {
 
 namespace {
 
-/// Base64 and BinHex 4.0 by wide look-ups; the others gain nothing over AVX2.
-Kernels with_wide_look_ups(Kernels kernels) noexcept {
+/// Quoted-printable would gain nothing over AVX2.
+Kernels with_wide_sextets(Kernels kernels) noexcept {
   kernels.base64 = kSextetKernels<kBase64Code, kBase64LineBytes, &Kernels::base64>;
   kernels.binhex = kSextetKernels<kBinHexCode, kBinHexLineBytes, &Kernels::binhex>;
+  kernels.uuencode = {encode<kUuCode, &Kernels::uuencode>, encode_uu_lines, decode_uu};
+  kernels.decode_uu_lines = decode_uu_lines;
   return kernels;
 }
 
@@ -201,7 +290,7 @@ const Kernels* avx512_kernels() noexcept {
 #endif
   const Kernels* narrower = avx2_kernels();
   if (narrower == nullptr || !is_offered()) return nullptr;
-  static const Kernels kernels = with_wide_look_ups(*narrower);
+  static const Kernels kernels = with_wide_sextets(*narrower);
   return &kernels;
 }
 

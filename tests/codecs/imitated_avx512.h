@@ -43,17 +43,21 @@ inline Register load_masked(std::uint64_t mask, const void* from) {
 }
 inline Register load(const void* from) { return load_masked(~std::uint64_t{0}, from); }
 
-inline void store_masked(void* to, std::uint64_t mask, const Register& from) {
-  for (std::size_t i = 0; i < 64; ++i) {
-    if ((mask >> i & 1) != 0) static_cast<unsigned char*>(to)[i] = from.bytes[i];
-  }
-}
-inline void store(void* to, const Register& from) { store_masked(to, ~std::uint64_t{0}, from); }
+inline void store(void* to, const Register& from) { std::memcpy(to, from.bytes.data(), 64); }
 
 /// Each byte of the index chooses one of 64 by its low six bits.
 inline Register permute(const Register& index, const Register& from) {
   Register made;
   for (std::size_t i = 0; i < 64; ++i) made.bytes[i] = from.bytes[index.bytes[i] & 63];
+  return made;
+}
+
+/// The same where the mask has a bit; elsewhere the bytes of `kept`.
+inline Register permute_masked(const Register& kept, std::uint64_t mask, const Register& index, const Register& from) {
+  Register made = permute(index, from);
+  for (std::size_t i = 0; i < 64; ++i) {
+    if ((mask >> i & 1) == 0) made.bytes[i] = kept.bytes[i];
+  }
   return made;
 }
 
@@ -106,6 +110,25 @@ inline Register either(const Register& left, const Register& right) {
   return made;
 }
 
+inline Register both(const Register& left, const Register& right) {
+  Register made;
+  for (std::size_t i = 0; i < 64; ++i) made.bytes[i] = left.bytes[i] & right.bytes[i];
+  return made;
+}
+
+inline Register subtract_bytes(const Register& left, const Register& right) {
+  Register made;
+  for (std::size_t i = 0; i < 64; ++i) made.bytes[i] = static_cast<unsigned char>(left.bytes[i] - right.bytes[i]);
+  return made;
+}
+
+/// A bit for each unsigned byte of `left` that is less than that of `right`.
+inline std::uint64_t less_bytes(const Register& left, const Register& right) {
+  std::uint64_t bits = 0;
+  for (std::size_t i = 0; i < 64; ++i) bits |= static_cast<std::uint64_t>(left.bytes[i] < right.bytes[i]) << i;
+  return bits;
+}
+
 inline std::uint64_t high_bits(const Register& from) {
   std::uint64_t bits = 0;
   for (std::size_t i = 0; i < 64; ++i) bits |= static_cast<std::uint64_t>(from.bytes[i] >> 7) << i;
@@ -119,13 +142,17 @@ inline std::uint64_t high_bits(const Register& from) {
 #define _mm512_loadu_si512 imitated::load
 #define _mm512_storeu_si512 imitated::store
 #define _mm512_maskz_loadu_epi8 imitated::load_masked
-#define _mm512_mask_storeu_epi8 imitated::store_masked
 #define _mm512_permutexvar_epi8 imitated::permute
+#define _mm512_mask_permutexvar_epi8 imitated::permute_masked
 #define _mm512_permutex2var_epi8 imitated::permute_two
 #define _mm512_multishift_epi64_epi8 imitated::multishift
+#define _mm512_set1_epi8 imitated::set_all<unsigned char>
 #define _mm512_set1_epi64 imitated::set_all<std::uint64_t>
 #define _mm512_set1_epi32 imitated::set_all<std::uint32_t>
 #define _mm512_maddubs_epi16 imitated::multiply_add_bytes
 #define _mm512_madd_epi16 imitated::multiply_add_words
 #define _mm512_or_si512 imitated::either
+#define _mm512_and_si512 imitated::both
+#define _mm512_sub_epi8 imitated::subtract_bytes
+#define _mm512_cmplt_epu8_mask imitated::less_bytes
 #define _mm512_movepi8_mask imitated::high_bits
