@@ -284,6 +284,8 @@ constexpr Target kTargets[] = {
     {"AVX2", "qpdec_dense", "GMime", "qpdec_dense", 2},
     {"AVX2", "uuenc", "GMime", "uuenc", 15},
     {"AVX2", "uudec", "GMime", "uudec", 15},
+    {"AVX-512", "uuenc", "GMime", "uuenc", 15},
+    {"AVX-512", "uudec", "GMime", "uudec", 15},
     {"AVX2", "hexenc", "AVX2", "b64enc_lines", 1 / 1.5},
     {"AVX2", "hexdec", "AVX2", "b64dec_lines", 1 / 1.5},
     {"AVX-512", "hexenc", "AVX-512", "b64enc_lines", 1 / 1.5},

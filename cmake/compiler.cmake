@@ -1,7 +1,7 @@
 # Flags that every target of ours shares. `vellobar_warnings` is linked by our own targets only, never by what others wrote.
 add_library(vellobar_warnings INTERFACE)
 target_compile_options(vellobar_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wconversion
-  -Wno-sign-conversion -Wno-restrict)
+  -Wno-sign-conversion $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
 if(VELLOBAR_WARNINGS_AS_ERRORS)
   target_compile_options(vellobar_warnings INTERFACE -Werror)
 endif()

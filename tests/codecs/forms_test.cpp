@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <random>
@@ -15,48 +14,14 @@
 #include "codecs/instruction_set.h"
 #include "codecs/quoted_printable.h"
 #include "codecs/uuencode.h"
+#include "tests/codecs/codec_forms.h"
 #include "tests/codecs/coded_files.h"
-#include "tests/codecs/imitated_kernels.h"
 #include "tests/codecs/reference_codecs.h"
 
 namespace vellobar::codecs {
 namespace {
 
 using namespace std::string_literals;
-
-/// One routine in its shape for memory, the room it asks for, and its reference.
-struct Routine {
-  const char* name;
-  std::function<std::size_t(unsigned char*, std::size_t, unsigned char*)> run;
-  std::function<std::size_t(std::string_view)> room;
-  std::function<std::string(std::string_view)> expected;
-};
-
-const Routine kEncoders[] = {
-    {"Base64", [](auto* from, auto size, auto* to) { return encode_base64(from, size, to); },
-     [](auto text) { return base64_encoded_size(text.size()); },
-     [](auto text) { return reference::encode_base64(text); }},
-    {"uuencode", [](auto* from, auto size, auto* to) { return encode_uu(from, size, to); },
-     [](auto text) { return uu_encoded_room(text.size()); }, [](auto text) { return reference::encode_uu(text); }},
-    {"quoted-printable", [](auto* from, auto size, auto* to) { return encode_quoted_printable(from, size, to); },
-     [](auto text) { return quoted_printable_encoded_room(text.size()); },
-     [](auto text) { return reference::encode_quoted_printable(text, 73); }},
-};
-
-const Routine kDecoders[] = {
-    {"Base64", [](auto* from, auto size, auto* to) { return decode_base64(from, size, to); },
-     [](auto text) { return base64_decoded_room(text.size()); },
-     [](auto text) { return reference::decode_base64(text); }},
-    {"uuencode", [](auto* from, auto size, auto* to) { return decode_uu(from, size, to); },
-     [](auto text) { return uu_decoded_size(text.size()); }, [](auto text) { return reference::decode_uu(text); }},
-    {"quoted-printable", [](auto* from, auto size, auto* to) { return decode_quoted_printable(from, size, to); },
-     [](auto text) { return quoted_printable_decoded_room(text); },
-     [](auto text) { return reference::decode_quoted_printable(text, false); }},
-    {"quoted-printable of words",
-     [](auto* from, auto size, auto* to) { return decode_quoted_printable(from, size, to, true); },
-     [](auto text) { return quoted_printable_decoded_room(text); },
-     [](auto text) { return reference::decode_quoted_printable(text, true); }},
-};
 
 std::unique_ptr<unsigned char[]> exactly(std::size_t size) {
   return std::unique_ptr<unsigned char[]>(new unsigned char[size]);
@@ -69,14 +34,6 @@ std::string run(const Routine& routine, std::string_view text) {
   const std::size_t size = routine.run(from.get(), text.size(), to.get());
   return {reinterpret_cast<const char*>(to.get()), size};
 }
-
-/// A form of the loops; null where this machine or this build does not have it.
-struct Form {
-  const char* name;
-  const Kernels* (*kernels)() noexcept;
-};
-
-const Kernels* scalar_kernels() noexcept { return &kScalarKernels; }
 
 class Forms : public testing::TestWithParam<Form> {
  protected:
@@ -105,26 +62,12 @@ class Forms : public testing::TestWithParam<Form> {
   std::mt19937 random_{20240607};
 };
 
-/// Bytes at which a rule turns, and some at which none does.
-constexpr unsigned char kTurningBytes[] = {0,   1,   '\t', '\n', '\r', ' ', '!', '+', '-', '/', '0', '9',  ':',  '=',
-                                           'A', 'F', 'G',  'M',  'Z',  '_', '`', 'a', 'f', 'z', 'r', 0x7F, 0x80, 0xFF};
-
 TEST_P(Forms, agree_on_all_inputs_of_up_to_two_bytes) {
   check_all("");
   for (int first = 0; first < 256; ++first) {
     check_all(std::string(1, static_cast<char>(first)));
     for (int second = 0; second < 256; ++second)
       check_all(std::string{static_cast<char>(first), static_cast<char>(second)});
-  }
-}
-
-TEST_P(Forms, agree_on_inputs_of_three_bytes_from_where_rules_turn) {
-  for (const unsigned char first : kTurningBytes) {
-    for (const unsigned char second : kTurningBytes) {
-      for (const unsigned char third : kTurningBytes) {
-        check_all(std::string{static_cast<char>(first), static_cast<char>(second), static_cast<char>(third)});
-      }
-    }
   }
 }
 
@@ -348,11 +291,8 @@ TEST_P(Forms, agree_on_ranges_of_uuencoded_files) {
 
 std::string name_of(const testing::TestParamInfo<Form>& form) { return form.param.name; }
 
-const auto kForms =
-    testing::Values(Form{"scalar", scalar_kernels}, Form{"avx2", avx2_kernels}, Form{"avx512_vbmi", avx512_kernels},
-                    Form{"imitated_avx512_vbmi", imitated_avx512_kernels});
-INSTANTIATE_TEST_SUITE_P(Codecs, Forms, kForms, name_of);
-INSTANTIATE_TEST_SUITE_P(Codecs, FramedFiles, kForms, name_of);
+INSTANTIATE_TEST_SUITE_P(Codecs, Forms, testing::ValuesIn(kForms), name_of);
+INSTANTIATE_TEST_SUITE_P(Codecs, FramedFiles, testing::ValuesIn(kForms), name_of);
 
 TEST(InstructionSets, the_best_form_that_the_machine_offers_is_in_force) {
   const Kernels* best = avx512_kernels() != nullptr ? avx512_kernels()

@@ -86,7 +86,10 @@ std::string encode_base64_file(std::string_view bytes) {
 
 std::string decode_base64(std::string_view text) { return decode(text, kBase64); }
 
-std::string encode_uu(std::string_view bytes) { return encode(bytes, uu_letters()); }
+std::string encode_uu(std::string_view bytes) {
+  static const std::string letters = uu_letters();
+  return encode(bytes, letters);
+}
 
 std::string encode_uu_file(std::string_view bytes) {
   std::string text;
