@@ -31,6 +31,9 @@ constexpr Entries kForBound = {13, 1, 1, 1, 1, 1, 1, 1, 1, 1, 3, 7, 11, 11, 11, 
 
 constexpr unsigned place_of(const Entries& by_low, unsigned byte) { return (by_low[byte & 15] + (byte >> 3) + 1) / 2; }
 
+/// A NUL byte, which has a value, is left to the plain form.
+constexpr bool is_letter(unsigned byte) { return byte > 0 && kBase64Code.values[byte] < 64; }
+
 /// What to add to the letters of each place for their values.
 constexpr Entries distances_by_place() {
   Entries distances{};
@@ -46,8 +49,7 @@ constexpr Entries bounds_by_place() {
   Entries bounds{};
   bounds.fill(0x80);
   for (unsigned byte = 128; byte-- > 0;) {
-    if (byte > 0 && kBase64Code.values[byte] < 64)
-      bounds[place_of(kForBound, byte)] = static_cast<unsigned char>(-byte);
+    if (is_letter(byte)) bounds[place_of(kForBound, byte)] = static_cast<unsigned char>(-byte);
   }
   return bounds;
 }
@@ -57,10 +59,9 @@ constexpr Entries kBounds = bounds_by_place();
 
 constexpr bool hold_for_all_bytes_below_128() {
   for (unsigned byte = 0; byte < 128; ++byte) {
-    const bool is_letter = byte > 0 && kBase64Code.values[byte] < 64;
+    const bool passes = ((byte + kBounds[place_of(kForBound, byte)]) & 0x80) == 0;
     const unsigned value = (byte + kDistances[place_of(kForDistance, byte)]) & 0xFF;
-    if (is_letter != (((byte + kBounds[place_of(kForBound, byte)]) & 0x80) == 0)) return false;
-    if (is_letter && value != kBase64Code.values[byte]) return false;
+    if (passes != is_letter(byte) || (passes && value != kBase64Code.values[byte])) return false;
   }
   return true;
 }
@@ -77,8 +78,9 @@ struct Base64 {
     return _mm256_add_epi8(values, _mm256_shuffle_epi8(distances, run));
   }
 
-  /// Strangers have their top bit set. The bits that the shift takes over from the next byte reach no place: a look-up
-  /// reads the low four bits of the average, and its top bit, which they leave alone.
+  /// Strangers have their top bit set. A look-up of an average reads its low four bits, to which the bits that the
+  /// shift takes over from the next byte do not reach, and its top bit, which is clear for all bytes below 128; those
+  /// above stay above whatever they find, as nothing positive is added to them.
   static Values values(__m256i letters) {
     const __m256i upper = _mm256_srli_epi32(letters, 3);
     const __m256i by_distance = _mm256_avg_epu8(_mm256_shuffle_epi8(table(kForDistance), letters), upper);
@@ -92,11 +94,10 @@ struct Base64 {
   }
 };
 
-// BinHex 4.0 has too many gaps for that.
+// The letters of BinHex 4.0 have too many gaps for such a hash.
 
-/// Finds the strangers among letters below 128 by two look-ups: each high nibble has a bit, and a low nibble lists the
-/// high nibbles with which it is none of the letters. Only six high nibbles can hold letters; the others share two
-/// bits.
+/// Finds the strangers below 128 by two look-ups: each high nibble has a bit, and a low nibble lists the high nibbles
+/// with which it is none of the letters. Only six high nibbles can hold letters; the others share two bits.
 struct StrangerTables {
   Entries by_low{};
   Entries by_high{};

@@ -22,10 +22,10 @@
 #include "codecs/quoted_printable_decoder.h"
 #include "codecs/quoted_printable_encoder.h"
 #include "codecs/sextet_decoder.h"
-#include "codecs/sextet_encoder.h"
 #include "codecs/strings.h"
 #include "codecs/uuencode.h"
 #include "platform/file.h"
+#include "tests/codecs/codec_routines.h"
 #include "tests/codecs/reference_codecs.h"
 
 namespace {
@@ -168,58 +168,26 @@ std::string range_of_blocks(const Task& task) {
   return task.text.substr(task.start, (task.end - task.start + 1023) / 1024 * 1024);
 }
 
-struct Routine {
+struct Shape {
   Outcome (*run)(const Task& task);
   std::string (*expected)(const Task& task);
 };
 
-constexpr Routine kRoutines[] = {
-    // Memory.
-    {[](const Task& task) {
-       return in_memory(task.text, base64_encoded_size(task.text.size()),
-                        [](auto* from, auto size, auto* to) { return encode_base64(from, size, to); });
-     },
-     [](const Task& task) { return reference::encode_base64(task.text); }},
-    {[](const Task& task) {
-       return in_memory(task.text, base64_decoded_room(task.text.size()),
-                        [](auto* from, auto size, auto* to) { return decode_base64(from, size, to); });
-     },
-     [](const Task& task) { return reference::decode_base64(task.text); }},
-    {[](const Task& task) {
-       return in_memory(task.text, uu_encoded_room(task.text.size()),
-                        [](auto* from, auto size, auto* to) { return encode_uu(from, size, to); });
-     },
-     [](const Task& task) { return reference::encode_uu(task.text); }},
-    {[](const Task& task) {
-       return in_memory(task.text, uu_decoded_size(task.text.size()),
-                        [](auto* from, auto size, auto* to) { return decode_uu(from, size, to); });
-     },
-     [](const Task& task) { return reference::decode_uu(task.text); }},
-    {[](const Task& task) {
-       return in_memory(task.text, quoted_printable_encoded_room(task.text.size()),
-                        [](auto* from, auto size, auto* to) { return encode_quoted_printable(from, size, to); });
-     },
-     [](const Task& task) { return reference::encode_quoted_printable(task.text, 73); }},
-    {[](const Task& task) {
-       return in_memory(task.text, quoted_printable_decoded_room(task.text),
-                        [](auto* from, auto size, auto* to) { return decode_quoted_printable(from, size, to); });
-     },
-     [](const Task& task) { return reference::decode_quoted_printable(task.text, false); }},
-    {[](const Task& task) {
-       return in_memory(task.text, quoted_printable_decoded_room(task.text),
-                        [](auto* from, auto size, auto* to) { return decode_quoted_printable(from, size, to, true); });
-     },
-     [](const Task& task) { return reference::decode_quoted_printable(task.text, true); }},
-    {[](const Task& task) {
-       return in_memory(task.text, whole_groups_encoded(task.text.size()), [](auto* from, auto size, auto* to) {
-         return encode_sextets(kBinHexCode, kernels().binhex, kNoPadding, from, size, to);
-       });
-     },
-     [](const Task& task) {
-       std::string letters = reference::encode_binhex_file(task.text);
-       std::erase_if(letters, [](char c) { return c == '\r' || c == '\n'; });
-       return letters;
-     }},
+template <const auto& kRoutines, std::size_t kIndex>
+constexpr Shape kInMemory = {
+    [](const Task& task) { return in_memory(task.text, kRoutines[kIndex].room(task.text), kRoutines[kIndex].run); },
+    [](const Task& task) { return kRoutines[kIndex].expected(task.text); }};
+
+constexpr Shape kShapes[] = {
+    kInMemory<kEncoders, 0>,
+    kInMemory<kEncoders, 1>,
+    kInMemory<kEncoders, 2>,
+    kInMemory<kEncoders, 3>,
+    kInMemory<kDecoders, 0>,
+    kInMemory<kDecoders, 1>,
+    kInMemory<kDecoders, 2>,
+    kInMemory<kDecoders, 3>,
+    kInMemory<kDecoders, 4>,
     // Pieces.
     {[](const Task& task) { return decode_sextets_in_pieces(task, kBase64Code, kernels().base64); },
      [](const Task& task) { return reference::decode_base64(task.text); }},
@@ -304,16 +272,16 @@ constexpr Preparation kPreparations[] = {
 
 constexpr std::size_t kChoices = 8;
 
-Outcome run(const Routine& routine, const Kernels& form, const Task& task) {
+Outcome run(const Shape& shape, const Kernels& form, const Task& task) {
   const ForcedKernels forced(form);
-  return routine.run(task);
+  return shape.run(task);
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size < kChoices) return 0;
-  const Routine& routine = kRoutines[data[0] % std::size(kRoutines)];
+  const Shape& shape = kShapes[data[0] % std::size(kShapes)];
   const Preparation prepare = kPreparations[data[1] % std::size(kPreparations)];
   Task task{prepare(view_of(data + kChoices, size - kChoices)), data[2] + 1u, 0, 0};
   // One byte is spoilt, and the range is cut at both ends.
@@ -321,10 +289,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (place < task.text.size()) task.text[place] = static_cast<char>(data[5]);
   task.start = std::min<std::size_t>(data[6], task.text.size());
   task.end = std::max(task.text.size() - std::min<std::size_t>(data[7], task.text.size()), task.start);
-  const Outcome plain = run(routine, kScalarKernels, task);
-  if (plain.result != routine.expected(task)) std::abort();
+  const Outcome plain = run(shape, kScalarKernels, task);
+  if (plain.result != shape.expected(task)) std::abort();
   for (const Kernels* form : {avx2_kernels(), avx512_kernels()}) {
-    if (form != nullptr && run(routine, *form, task) != plain) std::abort();
+    if (form != nullptr && run(shape, *form, task) != plain) std::abort();
   }
   return 0;
 }

@@ -9,6 +9,7 @@
 
 #include "codecs/strings.h"
 #include "tests/codecs/codec_forms.h"
+#include "tests/codecs/codec_routines.h"
 
 namespace vellobar::codecs {
 namespace {

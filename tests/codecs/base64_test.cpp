@@ -11,9 +11,14 @@ using namespace std::string_literals;
 
 TEST(Base64, memory_is_encoded_to_one_unbroken_padded_line) {
   EXPECT_EQ(encode_base64(repeated("Man", 33) + "M"), repeated("TWFu", 33) + "TQ==");
-  EXPECT_EQ(encode_base64(repeated("Man", 33) + "M").size(), 136u);
   EXPECT_EQ(encode_base64("Ma"), "TWE=");
   EXPECT_EQ(encode_base64(""), "");
+}
+
+TEST(Base64, a_hundred_bytes_in_memory_give_136_characters_and_no_line_end) {
+  const std::string text = encode_base64(std::string(100, '\xAB'));
+  EXPECT_EQ(text.size(), 136u);
+  EXPECT_EQ(text.find_first_of("\r\n"), text.npos);
 }
 
 TEST(Base64, the_letters_are_those_of_the_alphabet_in_their_order) {

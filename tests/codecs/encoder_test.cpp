@@ -80,8 +80,11 @@ TEST(Encoder, a_target_that_is_full_fails) {
 }
 #endif
 
-TEST(Encoder, BinHex4_writes_the_banner_and_both_colons) {
+TEST(Encoder, BinHex4_of_an_empty_file_writes_the_closing_colon_right_behind_the_opening_one) {
   EXPECT_EQ(encoded(&CEncoder::BinHex4, ""), "(This file must be converted with BinHex 4.0)\r\n::\r\n");
+}
+
+TEST(Encoder, BinHex4_writes_the_banner_and_both_colons) {
   EXPECT_EQ(encoded(&CEncoder::BinHex4, "Cat"), "(This file must be converted with BinHex 4.0)\r\n:3f&d:\r\n");
   EXPECT_EQ(encoded(&CEncoder::BinHex4, repeated("Cat", 16)),
             "(This file must be converted with BinHex 4.0)\r\n:" + repeated("3f&d", 16) + "\r\n:\r\n");

@@ -15,6 +15,7 @@
 #include "codecs/quoted_printable.h"
 #include "codecs/uuencode.h"
 #include "tests/codecs/codec_forms.h"
+#include "tests/codecs/codec_routines.h"
 #include "tests/codecs/coded_files.h"
 #include "tests/codecs/reference_codecs.h"
 

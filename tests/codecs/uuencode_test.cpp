@@ -30,8 +30,9 @@ TEST(Uuencode, a_last_line_of_whole_groups_keeps_the_length_before_it_and_has_no
 
 TEST(Uuencode, an_empty_file_gives_one_grave_accent) { EXPECT_EQ(encoded_file(encode_uu_stream, ""), "`"); }
 
+TEST(Uuencode, three_zero_bytes_in_memory_give_four_grave_accents) { EXPECT_EQ(encode_uu("\0\0\0"s), "````"); }
+
 TEST(Uuencode, memory_is_encoded_to_letters_alone) {
-  EXPECT_EQ(encode_uu("\0\0\0"s), "````");
   EXPECT_EQ(encode_uu("Cat"), "0V%T");
   EXPECT_EQ(encode_uu("CatC"), "0V%T0P");
   EXPECT_EQ(encode_uu("CatCa"), "0V%T0V$");
