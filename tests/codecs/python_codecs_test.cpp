@@ -53,7 +53,7 @@ std::vector<std::string> answers_to(const std::vector<Case>& cases) {
   const std::string input = folder.file("inputs", lines);
   const std::string output = folder.path("answers");
   const std::string command =
-      "python3 \"" VELLOBAR_SOURCE_FOLDER "/tests/codecs/python_codecs.py\" < \"" + input + "\" > \"" + output + '"';
+      "python3 \"" + tests::source_file("tests/codecs/python_codecs.py") + "\" < \"" + input + "\" > \"" + output + '"';
   EXPECT_EQ(std::system(command.c_str()), 0);
   std::vector<std::string> answers;
   std::ifstream file(output);
