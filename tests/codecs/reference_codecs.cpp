@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <vector>
 
 namespace vellobar::codecs::reference {
 
@@ -32,7 +31,7 @@ std::string encode(std::string_view bytes, std::string_view letters) {
   return text;
 }
 
-std::string joined(const std::vector<int>& values) {
+std::string joined(std::string_view values) {
   int bits = 0;
   for (std::size_t k = 0; k < 4; ++k) bits = bits * 64 + (k < values.size() ? values[k] : 0);
   return {static_cast<char>(bits / 65536), static_cast<char>(bits / 256 % 256), static_cast<char>(bits % 256)};
@@ -40,11 +39,11 @@ std::string joined(const std::vector<int>& values) {
 
 /// Decodes one group into `bytes`; false when a stranger cuts it.
 bool decode_group(const std::string& group, const char* letters, std::string& bytes) {
-  std::vector<int> values;
+  std::string values;
   for (const char letter : group) {
     const char* found = letter == '\0' ? nullptr : std::strchr(letters, letter);
     if (letter != '\0' && found == nullptr) break;
-    values.push_back(found == nullptr ? 0 : static_cast<int>(found - letters));
+    values += static_cast<char>(found == nullptr ? 0 : found - letters);
   }
   const bool whole = values.size() == group.size();
   const std::size_t yield = whole ? 3 : values.empty() ? 0 : values.size() - 1;
@@ -65,7 +64,7 @@ std::string decode(std::string_view text, const char* letters) {
   return bytes;
 }
 
-int uu_value(char character) { return (static_cast<unsigned char>(character) + 224) % 64; }
+char uu_value(char character) { return static_cast<char>((static_cast<unsigned char>(character) + 224) % 64); }
 
 }  // namespace
 
@@ -103,8 +102,7 @@ std::string encode_uu_file(std::string_view bytes) {
 }
 
 std::string decode_uu(std::string_view text) {
-  std::string bytes;
-  std::vector<int> group;
+  std::string bytes, group;
   for (std::size_t i = 0; i < text.size(); ++i) {
     group.push_back(uu_value(text[i]));
     if (group.size() < 4 && i + 1 < text.size()) continue;
@@ -117,8 +115,7 @@ std::string decode_uu(std::string_view text) {
 std::string decode_uu_file(std::string_view file, std::size_t start, std::size_t end) {
   for (const bool needs_begin : {true, false}) {
     bool begun = !needs_begin;
-    std::string bytes, made;
-    std::vector<int> group;
+    std::string bytes, made, group;
     int length = -1;
     std::size_t position = start;
     while (position < end && position < file.size()) {
