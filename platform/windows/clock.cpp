@@ -5,6 +5,7 @@
 #include <oleauto.h>
 
 #include <algorithm>
+#include <cfloat>
 #include <cmath>
 #include <iterator>
 
@@ -43,6 +44,26 @@ BrokenDownTime from_system_time(const SYSTEMTIME& time) noexcept {
           .second = time.wSecond,
           .milliseconds = time.wMilliseconds};
 }
+
+/// The system converts dates in the floating-point unit of 32-bit processors, where results depend on the precision
+/// that the thread's host or start-up code chose; programs built with this compiler start with more than the double
+/// precision of Windows programs. While an object lives, that precision holds.
+#ifdef _X86_
+class DoublePrecision {
+ public:
+  DoublePrecision() : before_(::_controlfp(0, 0)) { ::_controlfp(_PC_53, _MCW_PC); }
+  ~DoublePrecision() { ::_controlfp(before_, _MCW_PC); }
+  DoublePrecision(const DoublePrecision&) = delete;
+  DoublePrecision& operator=(const DoublePrecision&) = delete;
+
+ private:
+  unsigned before_;
+};
+#else
+struct DoublePrecision {
+  ~DoublePrecision() {}
+};
+#endif
 
 /// The day of week of a date between the years 100 and 9999. Asked of the calendar, because the system may name the day
 /// before when the time of day was rounded up to midnight. Weekdays repeat every 400 years; 1600 years on, file times
@@ -93,11 +114,13 @@ bool from_ticks(std::int64_t ticks, BrokenDownTime& time) noexcept {
 }
 
 bool to_automation_date(const BrokenDownTime& time, double& date) noexcept {
+  const DoublePrecision precision;
   SYSTEMTIME fields;
   return to_system_time(time, fields) && ::SystemTimeToVariantTime(&fields, &date) != 0;
 }
 
 bool from_automation_date(double date, BrokenDownTime& time) noexcept {
+  const DoublePrecision precision;
   SYSTEMTIME fields;
   if (std::isnan(date) || !::VariantTimeToSystemTime(date, &fields)) return false;
   time = from_system_time(fields);
