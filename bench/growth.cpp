@@ -28,6 +28,13 @@ extern "C" __attribute__((noinline)) std::size_t growth_counted(const vellobar::
 }
 
 namespace vellobar::bench {
+
+std::string repeated(std::string_view piece, std::size_t size) {
+  std::string text;
+  while (text.size() < size) text += piece;
+  return text;
+}
+
 namespace {
 
 constexpr double kLimit = 2.3;
@@ -36,7 +43,7 @@ struct Area {
   std::string_view name;
   std::span<const GrowthFamily> (*families)();
 };
-constexpr std::array kAreas = {Area{"headers", header_growth_families}};
+constexpr std::array kAreas = {Area{"words", word_growth_families}, Area{"headers", header_growth_families}};
 
 const GrowthFamily& family_of_name(std::string_view name) {
   for (const Area& area : kAreas) {

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <functional>
 #include <span>
+#include <string>
 #include <string_view>
 
 namespace vellobar::bench {
@@ -22,6 +23,10 @@ struct GrowthFamily {
 };
 
 /// The families of one area, one file each: growth_AREA.cpp.
+std::span<const GrowthFamily> word_growth_families();
 std::span<const GrowthFamily> header_growth_families();
+
+/// A piece again and again, up to a size.
+std::string repeated(std::string_view piece, std::size_t size);
 
 }  // namespace vellobar::bench

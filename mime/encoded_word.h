@@ -17,11 +17,16 @@ struct DecodedValue {
 };
 
 /// Decodes the encoded words of a value (bytes in the process code page) and removes its TAB-led folds. A malformed
-/// word ends the decoding and stays as it stands. So does, against mail made to burst, a value whose words have decoded
-/// to more than `most_decoded_bytes` altogether.
+/// word ends the decoding and stays as it stands. So does, in mail made to burst, a word that would make the value grow
+/// beyond what `most_added_bytes` allows.
 DecodedValue decode_encoded_words(std::string_view value);
 
-constexpr std::size_t most_decoded_bytes(std::size_t value_size) { return (std::size_t{64} << 20) + 16 * value_size; }
+/// How many bytes the words of a value may add to it altogether. Decoding makes a value shorter but for two cases. A
+/// UTF-7 run may become three times as long, once. And in a "Q" word broken escapes that share an equals sign, as in
+/// "==ZY", decode to more of their kind: words within words around them come to treble the value at every level, so
+/// that 300 characters stand for 2^60 and no program can give the text. The bound lies above all that the first case
+/// takes.
+constexpr std::size_t most_added_bytes(std::size_t value_size) { return (std::size_t{4} << 20) + 4 * value_size; }
 
 /// The same, widened. A code page that the platform lacks gives an empty text.
 std::u16string decode_header_value(std::string_view value);

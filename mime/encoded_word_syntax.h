@@ -29,9 +29,15 @@ struct WordHead {
   WordEncoding encoding = WordEncoding::base64;
 };
 
+/// The encoding that a text names at its beginning, as "?b?" or "?q?" in any case; nothing when it begins otherwise.
+std::optional<WordEncoding> word_encoding_at(std::string_view text);
+
 /// The first beginning of a word in a text: the first "=?" and the nearest "?b?" or "?q?" behind it, in any case.
 /// Nothing when either is missing.
 std::optional<WordHead> find_word_head(std::string_view text);
+
+/// Where the last of the prefixes that choose a code page begins; npos when there is none.
+std::size_t last_code_page_prefix(std::string_view text);
 
 /// The code page chosen by the prefixes in a text: UTF-7 before UTF-8 before the number of the first "windows-" prefix.
 /// Nothing when it holds none.

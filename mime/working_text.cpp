@@ -1,10 +1,13 @@
 #include "mime/working_text.h"
 
 #include <algorithm>
-#include <utility>
+#include <array>
+#include <limits>
+#include <vector>
 
 #include "mime/ascii.h"
 #include "mime/encoded_word_syntax.h"
+#include "mime/quoted_text.h"
 
 namespace vellobar::mime {
 namespace {
@@ -18,124 +21,72 @@ constexpr std::array<Prefix, 4> kPrefixes = {{{Pattern::unicode_utf7, kUnicodeUt
                                               {Pattern::utf7, kUtf7Prefix},
                                               {Pattern::utf8, kUtf8Prefix},
                                               {Pattern::windows, kWindowsPrefix}}};
-/// An edit can make or break patterns that begin up to this many bytes before it.
-constexpr std::size_t kReach = kUnicodeUtf7Prefix.size() - 1;
+/// An edit can make or break patterns that begin up to this many characters before it.
+constexpr std::size_t kReachBack = kUnicodeUtf7Prefix.size() - 1;
+/// And what is restless up to this many characters behind it.
+constexpr std::size_t kReachAhead = kRestlessLooksBack;
+
+constexpr Marks operator|(Marks marks, Pattern pattern) {
+  return static_cast<Marks>(marks | static_cast<Marks>(pattern));
+}
+
+Marks prefixes_of(std::string_view word) {
+  Marks marks = Marks{} | Pattern::word;
+  for (const Prefix& prefix : kPrefixes) {
+    if (starts_with_ignoring_case(word, prefix.text)) marks = marks | prefix.pattern;
+  }
+  return marks;
+}
+
+/// What begins at a position of a text that holds enough of what stands before and behind it.
+Marks marks_at(std::string_view text, std::size_t position) {
+  const std::string_view here = text.substr(position);
+  Marks marks = 0;
+  if (here.starts_with(kTabFold)) marks = marks | Pattern::tab_fold;
+  if (here.starts_with(kWordStart)) marks = prefixes_of(here);
+  if (word_encoding_at(here)) marks = marks | Pattern::encoding;
+  if (here.starts_with(kWordEnd)) marks = marks | Pattern::word_end;
+  if (here.front() == '+') marks = marks | Pattern::plus;
+  if (here.front() != '0') marks = marks | Pattern::not_zero;
+  if (is_restless(text, position)) marks = marks | Pattern::restless;
+  return marks;
+}
+
+std::vector<Marks> marks_of(std::string_view text, std::size_t begin, std::size_t count) {
+  std::vector<Marks> marks(count);
+  for (std::size_t i = 0; i < count; ++i) marks[i] = marks_at(text, begin + i);
+  return marks;
+}
 
 }  // namespace
 
-WorkingText::WorkingText(std::string_view text) : right_(text) {
-  left_.reserve(text.size());
-  note_places(text.size());
+WorkingText::WorkingText(std::string_view text) { tree_.replace(0, 0, text, marks_of(text, 0, text.size())); }
+
+int WorkingText::first_windows_number() const {
+  const std::size_t digits = first(Pattern::windows) + kWindowsPrefix.size();
+  const std::size_t significant = std::min(first(Pattern::not_zero, digits), size());
+  // One digit more than the largest number has is enough to know that a number is too large.
+  return leading_number(copy(significant, std::numeric_limits<int>::digits10 + 2));
 }
 
-char WorkingText::at(std::size_t position) const {
-  return position < left_.size() ? left_[position] : right_[right_at_ + position - left_.size()];
-}
-
-bool WorkingText::holds(Pattern pattern) const {
-  return !places(pattern).left.empty() || !places(pattern).right.empty();
-}
-
-std::size_t WorkingText::first(Pattern pattern) const {
-  const Places& where = places(pattern);
-  if (!where.left.empty()) return where.left.front();
-  return where.right.empty() ? npos : size() - where.right.back();
-}
-
-int WorkingText::first_windows_number() {
-  const std::size_t position = first(Pattern::windows);
-  const std::size_t place = size() - position;
-  if (place == number_place_) return number_;
-  std::string digits;
-  for (std::size_t i = position + kWindowsPrefix.size(); i < size() && is_ascii_digit(at(i)); ++i) digits += at(i);
-  number_place_ = place;
-  number_ = leading_number(digits);
-  return number_;
-}
-
-std::string_view WorkingText::from(std::size_t position) {
-  move_gap(position);
-  return right();
+std::string WorkingText::copy(std::size_t position, std::size_t count) const {
+  std::string text;
+  tree_.copy(position, count, text);
+  return text;
 }
 
 void WorkingText::replace(std::size_t position, std::size_t removed, std::string_view inserted) {
-  const std::size_t begin = position - std::min(position, kReach);
-  const std::size_t reached = position - begin;
-  move_gap(begin);
-  const std::size_t behind = right_size() - reached - removed;
-  for (Places& where : places_) {
-    while (!where.right.empty() && where.right.back() > behind) where.right.pop_back();
-  }
-  if (number_place_ != npos && number_place_ > behind) number_place_ = npos;
-  std::array<char, kReach> kept{};
-  std::copy_n(right().begin(), reached, kept.begin());
-  right_at_ += reached + removed;
-  prepend(inserted);
-  prepend(std::string_view(kept.data(), reached));
-  note_places(reached + inserted.size());
-}
-
-std::string WorkingText::take() {
-  left_ += right();
-  return std::move(left_);
-}
-
-void WorkingText::move_gap(std::size_t position) {
-  const std::size_t total = size();
-  if (position < left_.size()) {
-    prepend(std::string_view(left_).substr(position));
-    left_.resize(position);
-  } else {
-    const std::size_t count = position - left_.size();
-    left_.append(right_, right_at_, count);
-    right_at_ += count;
-  }
-  for (Places& where : places_) {
-    for (; !where.left.empty() && where.left.back() >= position; where.left.pop_back()) {
-      where.right.push_back(total - where.left.back());
-    }
-    for (; !where.right.empty() && total - where.right.back() < position; where.right.pop_back()) {
-      where.left.push_back(total - where.right.back());
-    }
-  }
-}
-
-void WorkingText::prepend(std::string_view bytes) {
-  if (bytes.size() > right_at_) {
-    const std::size_t room = bytes.size() + right_size() / 2;
-    right_.replace(0, right_at_, room, '\0');
-    right_at_ = room;
-  }
-  right_at_ -= bytes.size();
-  std::copy(bytes.begin(), bytes.end(), right_.begin() + static_cast<std::ptrdiff_t>(right_at_));
-}
-
-void WorkingText::note_places(std::size_t count) {
-  const std::string_view text = right();
-  for (std::size_t i = count; i-- > 0;) {
-    const std::size_t place = text.size() - i;
-    switch (text[i]) {
-      case '+':
-        places(Pattern::plus).right.push_back(place);
-        break;
-      case '\r':
-        if (text.substr(i).starts_with(kTabFold)) places(Pattern::tab_fold).right.push_back(place);
-        break;
-      case '=':
-        note_prefixes(text.substr(i), place);
-        break;
-      default:
-        break;
-    }
-  }
-}
-
-void WorkingText::note_prefixes(std::string_view word, std::size_t place) {
-  if (!word.starts_with(kWordStart)) return;
-  places(Pattern::word).right.push_back(place);
-  for (const Prefix& prefix : kPrefixes) {
-    if (starts_with_ignoring_case(word, prefix.text)) places(prefix.pattern).right.push_back(place);
-  }
+  const std::size_t begin = position - std::min(position, kReachBack);
+  const std::size_t behind = position + removed;
+  const std::size_t ahead = std::min(kReachAhead, size() - behind);
+  const std::size_t before = std::min(begin, kRestlessLooksBack);
+  std::string text;
+  tree_.copy(begin - before, before + (position - begin), text);
+  text += inserted;
+  const std::size_t changed = text.size() - before + ahead;
+  tree_.copy(behind, ahead + kReachBack, text);
+  tree_.replace(begin, behind - begin + ahead, std::string_view(text).substr(before, changed),
+                marks_of(text, before, changed));
 }
 
 }  // namespace vellobar::mime

@@ -225,16 +225,33 @@ TEST_F(EncodedWord, the_utf7_fix_up_narrows_with_the_process_code_page) {
   expect_rows({{"=?unicode-1-1-utf-7?Q?+AGE-?=", "a", 65000}});
 }
 
-TEST_F(EncodedWord, a_value_made_to_burst_is_left_as_it_stands_when_it_has_burst_its_bounds) {
-  // Each level decodes "==Z=ZY" and its like to half as much again.
-  std::string value;
-  for (int i = 0; i < 60; ++i) value += "=?a?q?.";
-  value += "==ZY";
-  for (int i = 0; i < 60; ++i) value += "?=";
-  const mime::DecodedValue decoded = decode_encoded_words(value);
-  EXPECT_LE(decoded.bytes.size(), mime::most_decoded_bytes(value.size()));
-  EXPECT_TRUE(decoded.bytes.starts_with("."));
-  EXPECT_TRUE(decoded.bytes.ends_with("?="));
+// "==ZY" decodes to "==Z=ZY", that to "==Z=Z==ZY", and so on to ever more equals signs. Before them stands a character
+// that no word begins with.
+TEST_F(EncodedWord, equals_signs_side_by_side_grow_at_every_level_of_words_within_words) {
+  expect_rows({{"=?x?q?==ZY?=", "==Z=ZY", 0},
+               {"=?x?q?.=?x?q?,==ZY?=?=", ".,==Z=Z==ZY", 0},
+               {"=?x?q?.=?x?q?,=?x?q?;==ZY?=?=?=", ".,;==Z=Z==Z===Z=ZY", 0}});
+}
+
+TEST_F(EncodedWord, a_word_that_would_make_a_value_burst_is_left_as_it_stands_and_ends_the_decoding) {
+  const auto nested = [](std::size_t levels) {
+    std::string value;
+    for (std::size_t i = 0; i < levels; ++i) value += "=?a?q?.";
+    value += ",==ZY";
+    for (std::size_t i = 0; i < levels; ++i) value += "?=";
+    return value;
+  };
+  // After fifteen levels "==ZY" is 1,438,359 characters long, after sixteen 4,310,283.
+  const auto decoded_size = [&](std::size_t levels) { return decode_encoded_words(nested(levels)).bytes.size(); };
+  EXPECT_EQ(decoded_size(14), 14u + 1 + 480'441);
+  EXPECT_EQ(decoded_size(15), 15u + 1 + 1'438'359);
+  const std::string value = nested(60);
+  const mime::DecodedValue burst = decode_encoded_words(value);
+  EXPECT_LE(burst.bytes.size(), value.size() + mime::most_added_bytes(value.size()));
+  EXPECT_GT(burst.bytes.size(), 480'441u);
+  EXPECT_TRUE(burst.bytes.starts_with("..............."sv)) << burst.bytes.substr(0, 60);
+  EXPECT_NE(burst.bytes.find(".,==Z=Z==Z===Z=Z="), std::string::npos);
+  EXPECT_TRUE(burst.bytes.ends_with("?=?=?="));
 }
 
 TEST_F(EncodedWord, megabyte_values_are_decoded_whole) {

@@ -132,9 +132,10 @@ LiteralResult decode_literally(std::string_view value) {
       code_page = windows_number(text, at + 10);
     }
     std::optional<std::string> next = step(text);
-    if (!next) return {text, code_page};
+    if (!next) return {text, code_page, true};
     if (is_utf7 && next->find('+') != npos) next = fix_up(*next);
     text = *next;
+    if (text.size() > kMostLiteralBytes) return {text, code_page, false};
   }
 }
 

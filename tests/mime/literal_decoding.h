@@ -2,6 +2,7 @@
 // a codec of its own. Slow, and independent of the component's decoding, whose results are compared with it.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -10,7 +11,11 @@ namespace vellobar::tests {
 struct LiteralResult {
   std::string bytes;
   int code_page = 0;
+  /// False when the value grew beyond kMostLiteralBytes and was given up.
+  bool is_whole = true;
 };
+
+constexpr std::size_t kMostLiteralBytes = 50'000;
 
 LiteralResult decode_literally(std::string_view value);
 
