@@ -178,5 +178,16 @@ TEST(Headers, with_auto_update_add_writes_the_mailbox_once) {
   EXPECT_EQ(box.content(), "From a\r\nX: 1\r\nN: v\r\n\r\n\r\n");
 }
 
+TEST(Headers, with_auto_update_each_value_put_and_remove_write_the_mailbox) {
+  Mailbox box("From a\nX: 1\nY: 2\n\n");
+  box.control().Lock();
+  box.control().SetAutoUpdate(true);
+  box.message(0)->Headers()->Item(u"X")->SetValue(u"3");
+  EXPECT_EQ(box.content(), "From a\r\nX: 3\r\nY: 2\r\n\r\n\r\n");
+  // The mailbox was read again: its messages are new ones.
+  box.message(0)->Headers()->Remove(u"Y");
+  EXPECT_TRUE(box.content().starts_with("From a\r\nX: 3\r\n\r\n")) << box.content();
+}
+
 }  // namespace
 }  // namespace vellobar

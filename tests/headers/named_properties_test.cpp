@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "platform/clock.h"
+#include "platform/code_page.h"
 #include "tests/support/mailboxes.h"
 
 namespace vellobar {
@@ -132,6 +133,27 @@ TEST(NamedProperties, a_megabyte_value_is_read) {
     expected += std::u16string(100, u'x');
   }
   EXPECT_EQ(OneMessage("Subject: \n" + lines)->Subject(), expected);
+}
+
+TEST(NamedProperties, no_header_is_lost_to_the_bad_value_of_another) {
+  const std::string wrong[] = {"=?utf-8?q?open", "=?no-such-charset?q?x?=", "=?windows-4321?q?x?=",
+                               "\"<'@;,",        "=?utf-8?b?!!!!?=",        std::string("\xED\xA0\x80\0x", 5)};
+  for (const std::string& value : wrong) {
+    OneMessage mail("From: " + value + "\nTo: " + value + "\nDate: 15 Nov\nSubject: " + value + "\nX: y\n");
+    for (const Property& property : kPlainProperties) ((*mail).*property.get)();
+    for (const Property& property : kAddressProperties) ((*mail).*property.get)();
+    mail->FromName();
+    mail->FromEmail();
+    mail->ToName();
+    mail->ToEmail();
+    EXPECT_EQ(mail->Headers()->Count(), 5) << value;
+    EXPECT_EQ(mail->Headers()->Item(u"X")->Value(), u"y") << value;
+    mail->SetContentID(u"z");
+    mail.control().Update();
+    EXPECT_TRUE(mail.content().starts_with("From a\r\nFrom: " + value + "\r\nTo: " + value + "\r\nDate: 15 Nov\r\n" +
+                                           "Subject: " + value + "\r\nX: y\r\nContent-ID: z\r\n\r\n"))
+        << value;
+  }
 }
 
 // ---- Writing ----
@@ -349,13 +371,15 @@ TEST(NamedProperties, names_are_taken_from_decoded_text_in_the_process_code_page
 }
 
 TEST(NamedProperties, names_taken_as_UTF8_are_read_in_the_code_page_of_the_thread) {
-  // Deliberate: the bytes C3 B6 of a letter become two letters.
+  // Deliberate: the bytes C3 B6 of a letter become two letters, where that code page has a letter for each byte.
   const CodePageGuard guard(65001);
+  const std::u16string name = platform::widen(platform::kThreadCodePage, "J\xC3\xB6rg");
+  ASSERT_NE(name, u"J\u00F6rg") << "these tests need a thread whose code page is not UTF-8";
   OneMessage mail("From: =?utf-8?q?J=C3=B6rg?= <j@x>\nTo: \"=?utf-8?q?J=C3=B6rg?=\" <j@x>, b <b@y>\n");
   EXPECT_EQ(mail->From(), u"J\u00F6rg <j@x>");
-  EXPECT_EQ(mail->FromName(), u"J\u00C3\u00B6rg");
+  EXPECT_EQ(mail->FromName(), name);
   EXPECT_EQ(mail->FromEmail(), u"j@x");
-  EXPECT_EQ(mail->ToName(), u"J\u00C3\u00B6rg, b");
+  EXPECT_EQ(mail->ToName(), name + u", b");
   EXPECT_EQ(mail->ToEmail(), u"j@x, b@y");
   // Outside quotes both bytes divide.
   EXPECT_EQ(OneMessage("To: =?utf-8?q?J=C3=B6rg?= <j@x>\n")->ToName(), u"J, rg");
@@ -365,7 +389,7 @@ TEST(NamedProperties, a_charset_taken_as_UTF8_is_read_in_the_code_page_of_the_th
   const CodePageGuard guard(65001);
   OneMessage mail("Content-Type: text/plain; charset=\"=?utf-8?q?x=C3=A9?=\"\nA: 1\n");
   EXPECT_EQ(mail->ContentType(), u"text/plain; charset=\"x\u00E9\"");
-  EXPECT_EQ(mail->CharSet(), u"x\u00C3\u00A9");
+  EXPECT_EQ(mail->CharSet(), platform::widen(platform::kThreadCodePage, "x\xC3\xA9"));
   EXPECT_EQ(OneMessage("Content-Type: text/plain; charset=utf-8\n")->CharSet(), u"utf-8");
 }
 

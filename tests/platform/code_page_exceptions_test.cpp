@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "platform/code_page.h"
 
@@ -57,6 +58,19 @@ TEST(CodePageExceptions, pages_that_wine_lacks_read_by_their_own_tables_and_give
     EXPECT_EQ(text, page.high_half) << page.number << ": " << page.why;
     EXPECT_EQ(narrow(page.number, text), high_bytes) << page.number;
   }
+}
+
+constexpr const char* kRecord[] = {
+#include "platform_record.inc"
+};
+
+TEST(CodePageExceptions, every_page_that_the_recording_system_lacked_is_listed_here) {
+  std::vector<std::string> lacked, listed;
+  for (const std::string line : kRecord) {
+    if (line.ends_with(" is not there")) lacked.push_back(line);
+  }
+  for (const MissingPage& page : kPagesThatWineLacks) listed.push_back(std::to_string(page.number) + " is not there");
+  EXPECT_EQ(lacked, listed);
 }
 
 // -- Sequences without a meaning and user-defined characters: the same on every system.

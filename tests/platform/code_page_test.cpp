@@ -167,6 +167,13 @@ TEST(CodePage, threads_may_use_a_page_for_the_first_time_together) {
   for (const auto& text : texts) EXPECT_EQ(text, u"\u010D\u0161");
 }
 
+// Many tests write letters of the system's code page as bytes of 1252; the programs that start them see to it.
+TEST(CodePage, tests_run_where_the_code_page_of_the_system_and_of_the_thread_is_1252) {
+  for (const int page : {kAnsiCodePage, kThreadCodePage}) {
+    EXPECT_EQ(widen(page, "\x80\x8A\xE9\xFF"), u"\u20AC\u0160\u00E9\u00FF") << page;
+  }
+}
+
 TEST(CodePage, the_bytes_that_page_1252_leaves_undefined_are_c1_controls) {
   EXPECT_EQ(widen(1252, "\x80\x81\x8D\x8F\x90\x9D\x9F\xA0\xFF"),
             u"\u20AC\u0081\u008D\u008F\u0090\u009D\u0178\u00A0\u00FF");
