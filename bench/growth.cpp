@@ -2,8 +2,8 @@
 // Callgrind (Debian's valgrind) at half its largest size and at the largest, and prints how the instructions grew.
 // Ends with a failure when one grew by more than the limit.
 //
-//   growth [NAME...]        all families, or those whose name or area is given
-//   growth --run NAME SIZE  one family once, without counting: what the check itself runs under Callgrind
+//   growth [--largest BYTES] [NAME...]  all families, or those whose name or area is given; smaller ones for a quick look
+//   growth --run NAME SIZE              one family once, without counting: what the check itself runs under Callgrind
 #include <unistd.h>
 
 #include <algorithm>
@@ -13,6 +13,7 @@
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -86,14 +87,14 @@ long long count_instructions(const std::string& program, const GrowthFamily& fam
 }
 
 /// True when the family grew within the limit.
-bool check(const std::string& program, const Area& area, const GrowthFamily& family) {
-  const long long half = count_instructions(program, family, family.largest / 2);
-  const long long whole = count_instructions(program, family, family.largest);
+bool check(const std::string& program, const Area& area, const GrowthFamily& family, std::size_t largest) {
+  const long long half = count_instructions(program, family, largest / 2);
+  const long long whole = count_instructions(program, family, largest);
   const double growth = static_cast<double>(whole) / static_cast<double>(std::max(half, 1LL));
   const bool is_met = growth <= kLimit;
   std::printf("%-8.*s %-40.*s %8zu bytes %14lld  %8zu bytes %14lld  %5.2f  %s\n", static_cast<int>(area.name.size()),
-              area.name.data(), static_cast<int>(family.name.size()), family.name.data(), family.largest / 2, half,
-              family.largest, whole, growth, is_met ? "met" : "MISSED");
+              area.name.data(), static_cast<int>(family.name.size()), family.name.data(), largest / 2, half, largest,
+              whole, growth, is_met ? "met" : "MISSED");
   std::fflush(stdout);
   return is_met;
 }
@@ -104,14 +105,14 @@ bool is_wanted(const std::vector<std::string>& names, const Area& area, const Gr
          });
 }
 
-int check_all(const std::string& program, const std::vector<std::string>& names) {
+int check_all(const std::string& program, const std::vector<std::string>& names, std::size_t limit) {
   int missed = 0;
   int checked = 0;
   for (const Area& area : kAreas) {
     for (const GrowthFamily& family : area.families()) {
       if (!is_wanted(names, area, family)) continue;
       ++checked;
-      if (!check(program, area, family)) ++missed;
+      if (!check(program, area, family, std::min(family.largest, limit))) ++missed;
     }
   }
   std::printf("%d families, %d grew by more than %.1f\n", checked, missed, kLimit);
@@ -122,12 +123,17 @@ int check_all(const std::string& program, const std::vector<std::string>& names)
 }  // namespace vellobar::bench
 
 int main(int count, char** values) {
-  const std::vector<std::string> arguments(values + 1, values + count);
+  std::vector<std::string> arguments(values + 1, values + count);
   try {
     if (arguments.size() == 3 && arguments[0] == "--run") {
       return vellobar::bench::run_once(arguments[1], std::stoul(arguments[2]));
     }
-    return vellobar::bench::check_all(std::filesystem::canonical("/proc/self/exe").string(), arguments);
+    std::size_t limit = std::numeric_limits<std::size_t>::max();
+    if (arguments.size() >= 2 && arguments[0] == "--largest") {
+      limit = std::stoul(arguments[1]);
+      arguments.erase(arguments.begin(), arguments.begin() + 2);
+    }
+    return vellobar::bench::check_all(std::filesystem::canonical("/proc/self/exe").string(), arguments, limit);
   } catch (const std::exception& failure) {
     std::fprintf(stderr, "growth: %s\n", failure.what());
     return EXIT_FAILURE;

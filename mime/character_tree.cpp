@@ -4,6 +4,15 @@
 #include <utility>
 
 namespace vellobar::mime {
+namespace {
+
+Marks all_of(const Marks* marks, std::size_t count) {
+  Marks all = 0;
+  for (std::size_t i = 0; i < count; ++i) all = static_cast<Marks>(all | marks[i]);
+  return all;
+}
+
+}  // namespace
 
 CharacterTree::CharacterTree() : nodes_(1) {}
 
@@ -19,12 +28,22 @@ std::size_t CharacterTree::find_below(Index top, Marks wanted, std::size_t from)
     if (found != npos) return found;
   }
   if (from < end && (here.own_marks & wanted) != 0) {
-    for (std::size_t i = from - std::min(from, begin); i < here.count; ++i) {
-      if ((here.marks[i] & wanted) != 0) return begin + i;
-    }
+    const std::size_t found = find_in(here, wanted, from - std::min(from, begin));
+    if (found != npos) return begin + found;
   }
   const std::size_t found = find_below(here.right, wanted, from - std::min(from, end));
   return found == npos ? npos : end + found;
+}
+
+std::size_t CharacterTree::find_in(const Node& piece, Marks wanted, std::size_t from) {
+  // Most characters have no mark that anybody wants: they are passed over by the block.
+  constexpr std::size_t kBlock = 32;
+  std::size_t at = from;
+  while (at + kBlock <= piece.count && (all_of(piece.marks.data() + at, kBlock) & wanted) == 0) at += kBlock;
+  for (; at < piece.count; ++at) {
+    if ((piece.marks[at] & wanted) != 0) return at;
+  }
+  return npos;
 }
 
 void CharacterTree::copy(std::size_t position, std::size_t count, std::string& to) const {
@@ -133,12 +152,9 @@ CharacterTree::Index CharacterTree::built(const Text& text) {
     Node& here = nodes_[index];
     here.priority = random();
     here.count = static_cast<std::uint16_t>(end - begin);
-    here.own_marks = 0;
-    for (std::size_t i = 0; i < here.count; ++i) {
-      here.characters[i] = text.characters[begin + i];
-      here.marks[i] = text.marks[begin + i];
-      here.own_marks = static_cast<Marks>(here.own_marks | here.marks[i]);
-    }
+    std::copy_n(text.characters.data() + begin, here.count, here.characters.data());
+    std::copy_n(text.marks.data() + begin, here.count, here.marks.data());
+    here.own_marks = all_of(here.marks.data(), here.count);
     update(index);
     top = merged(top, index);
   }

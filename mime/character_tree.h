@@ -36,7 +36,7 @@ class CharacterTree {
   /// The node that stands for nothing.
   static constexpr Index kNone = 0;
   /// Characters that a piece has room for. Of two pieces next to each other one is at least half full.
-  static constexpr std::size_t kRoom = 128;
+  static constexpr std::size_t kRoom = 512;
 
   struct Node {
     Index left = kNone;
@@ -62,6 +62,7 @@ class CharacterTree {
   enum class Side { left, right };
 
   std::size_t find_below(Index top, Marks wanted, std::size_t from) const;
+  static std::size_t find_in(const Node& piece, Marks wanted, std::size_t from);
   void copy_below(Index top, std::size_t position, std::size_t& count, std::string& to) const;
   void append_below(Index top, Text& to) const;
   void update(Index index);
@@ -75,6 +76,7 @@ class CharacterTree {
   /// The tops of trees that were cut out, whose nodes are used again.
   std::vector<Index> unused_;
   Index root_ = kNone;
+  /// Of a generator that shifts bits: any number but zero will do.
   std::uint64_t random_ = 88172645463325252U;
 };
 

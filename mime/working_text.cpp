@@ -30,26 +30,46 @@ constexpr Marks operator|(Marks marks, Pattern pattern) {
   return static_cast<Marks>(marks | static_cast<Marks>(pattern));
 }
 
-Marks prefixes_of(std::string_view word) {
+/// What begins with an equals sign, apart from escapes.
+Marks marks_of_equals_sign(std::string_view here) {
+  if (!here.starts_with(kWordStart)) return 0;
   Marks marks = Marks{} | Pattern::word;
   for (const Prefix& prefix : kPrefixes) {
-    if (starts_with_ignoring_case(word, prefix.text)) marks = marks | prefix.pattern;
+    if (starts_with_ignoring_case(here, prefix.text)) marks = marks | prefix.pattern;
   }
+  return marks;
+}
+
+Marks marks_of_question_mark(std::string_view here) {
+  Marks marks = 0;
+  if (here.starts_with(kWordEnd)) marks = marks | Pattern::word_end;
+  if (word_encoding_at(here)) marks = marks | Pattern::encoding;
   return marks;
 }
 
 /// What begins at a position of a text that holds enough of what stands before and behind it.
 Marks marks_at(std::string_view text, std::size_t position) {
-  const std::string_view here = text.substr(position);
-  Marks marks = 0;
-  if (here.starts_with(kTabFold)) marks = marks | Pattern::tab_fold;
-  if (here.starts_with(kWordStart)) marks = prefixes_of(here);
-  if (word_encoding_at(here)) marks = marks | Pattern::encoding;
-  if (here.starts_with(kWordEnd)) marks = marks | Pattern::word_end;
-  if (here.front() == '+') marks = marks | Pattern::plus;
-  if (here.front() != '0') marks = marks | Pattern::not_zero;
-  if (is_restless(text, position)) marks = marks | Pattern::restless;
-  return marks;
+  const Marks ordinary = Marks{} | Pattern::not_zero;
+  const auto with_restless = [&](Marks marks) {
+    return is_restless(text, position) ? marks | Pattern::restless : marks;
+  };
+  switch (text[position]) {
+    case '0':
+      return 0;
+    case '\r':
+      return text.substr(position).starts_with(kTabFold) ? ordinary | Pattern::tab_fold : ordinary;
+    case '+':
+      return ordinary | Pattern::plus;
+    case '?':
+      return static_cast<Marks>(ordinary | marks_of_question_mark(text.substr(position)));
+    case '=':
+      return with_restless(static_cast<Marks>(ordinary | marks_of_equals_sign(text.substr(position))));
+    case '_':
+    case '\0':
+      return with_restless(ordinary);
+    default:
+      return ordinary;
+  }
 }
 
 std::vector<Marks> marks_of(std::string_view text, std::size_t begin, std::size_t count) {
