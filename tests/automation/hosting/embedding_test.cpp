@@ -107,6 +107,27 @@ TEST_F(Embedding, holds_its_client_site_until_it_is_given_another_or_ends) {
   EXPECT_EQ(other.references, 1u);
 }
 
+TEST_F(Embedding, what_the_control_lets_go_of_at_its_end_may_still_take_and_give_back_a_reference_to_it) {
+  AdviseListener listener;
+  Site site;
+  auto object = query<IOleObject>(make<IVellobar>(CLSID_Vellobar).get());
+  IOleObject* const borrowed = object.get();
+  int released = 0;
+  const auto take_and_give_back = [&] {
+    ++released;
+    borrowed->AddRef();
+    borrowed->Release();
+  };
+  EXPECT_EQ(object->SetClientSite(&site), S_OK);
+  EXPECT_EQ(query<IViewObjectEx>(object.get())->SetAdvise(DVASPECT_CONTENT, 0, &listener), S_OK);
+  site.when_released = take_and_give_back;
+  listener.when_released = take_and_give_back;
+  object = ComPtr<IOleObject>();
+  EXPECT_EQ(released, 2);
+  EXPECT_EQ(site.references, 1u);
+  EXPECT_EQ(listener.references, 1u);
+}
+
 TEST_F(Embedding, is_32_by_32_pixels_at_first) {
   const HDC screen = GetDC(nullptr);
   ASSERT_EQ(GetDeviceCaps(screen, LOGPIXELSX), 96);
