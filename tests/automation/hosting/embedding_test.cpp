@@ -114,7 +114,8 @@ TEST_F(Embedding, what_the_control_lets_go_of_at_its_end_may_still_take_and_give
   IOleObject* const borrowed = object.get();
   int released = 0;
   const auto take_and_give_back = [&] {
-    ++released;
+    // An object that ends twice would let go again and again.
+    if (++released > 10) return;
     borrowed->AddRef();
     borrowed->Release();
   };
@@ -249,7 +250,8 @@ TEST_F(Embedding, an_activation_that_fails_half_way_is_taken_back) {
 }
 
 TEST_F(Embedding, a_container_may_deactivate_the_control_while_it_becomes_active) {
-  for (const std::string moment : {"OnInPlaceActivateEx windowless", "InvalidateRect", "OnUIActivate"}) {
+  for (const std::string moment :
+       {"OnInPlaceActivateEx windowless", "GetWindowContext", "InvalidateRect", "OnUIActivate"}) {
     Site site;
     site.when_called = [&](const std::string& call) {
       if (call == moment) in_place_->InPlaceDeactivate();
@@ -263,7 +265,8 @@ TEST_F(Embedding, a_container_may_deactivate_the_control_while_it_becomes_active
 }
 
 TEST_F(Embedding, a_container_may_let_the_control_go_in_any_call_of_an_activation) {
-  for (const std::string moment : {"OnInPlaceActivateEx windowless", "InvalidateRect", "OnUIActivate", "ShowObject"}) {
+  for (const std::string moment :
+       {"OnInPlaceActivateEx windowless", "GetWindowContext", "InvalidateRect", "OnUIActivate", "ShowObject"}) {
     Site site;
     auto object = query<IOleObject>(make<IVellobar>(CLSID_Vellobar).get());
     IOleObject* const borrowed = object.get();
