@@ -31,9 +31,14 @@ class ClientSide : public First, public Others... {
     return S_OK;
   }
   STDMETHODIMP_(ULONG) AddRef() override { return ++references; }
-  STDMETHODIMP_(ULONG) Release() override { return --references; }
+  STDMETHODIMP_(ULONG) Release() override {
+    const ULONG left = --references;
+    if (when_released) when_released();
+    return left;
+  }
 
   ULONG references = 1;
+  std::function<void()> when_released;
 };
 
 /// Writes down what it is told, and does what a test wants it to do meanwhile.

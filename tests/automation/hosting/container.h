@@ -58,6 +58,7 @@ class Site final : public ClientSide<IOleClientSite, IOleInPlaceSiteWindowless> 
     frame.AddRef();
     *document = nullptr;
     *position = *clip = {10, 10, 42, 42};
+    if (when_called) when_called("GetWindowContext");
     return context_result;
   }
   STDMETHODIMP Scroll(SIZE) override { return S_OK; }

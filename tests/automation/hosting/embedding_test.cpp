@@ -107,6 +107,28 @@ TEST_F(Embedding, holds_its_client_site_until_it_is_given_another_or_ends) {
   EXPECT_EQ(other.references, 1u);
 }
 
+TEST_F(Embedding, what_the_control_lets_go_of_at_its_end_may_still_take_and_give_back_a_reference_to_it) {
+  AdviseListener listener;
+  Site site;
+  auto object = query<IOleObject>(make<IVellobar>(CLSID_Vellobar).get());
+  IOleObject* const borrowed = object.get();
+  int released = 0;
+  const auto take_and_give_back = [&] {
+    // An object that ends twice would let go again and again.
+    if (++released > 10) return;
+    borrowed->AddRef();
+    borrowed->Release();
+  };
+  EXPECT_EQ(object->SetClientSite(&site), S_OK);
+  EXPECT_EQ(query<IViewObjectEx>(object.get())->SetAdvise(DVASPECT_CONTENT, 0, &listener), S_OK);
+  site.when_released = take_and_give_back;
+  listener.when_released = take_and_give_back;
+  object = ComPtr<IOleObject>();
+  EXPECT_EQ(released, 2);
+  EXPECT_EQ(site.references, 1u);
+  EXPECT_EQ(listener.references, 1u);
+}
+
 TEST_F(Embedding, is_32_by_32_pixels_at_first) {
   const HDC screen = GetDC(nullptr);
   ASSERT_EQ(GetDeviceCaps(screen, LOGPIXELSX), 96);
@@ -228,7 +250,8 @@ TEST_F(Embedding, an_activation_that_fails_half_way_is_taken_back) {
 }
 
 TEST_F(Embedding, a_container_may_deactivate_the_control_while_it_becomes_active) {
-  for (const std::string moment : {"OnInPlaceActivateEx windowless", "InvalidateRect", "OnUIActivate"}) {
+  for (const std::string moment :
+       {"OnInPlaceActivateEx windowless", "GetWindowContext", "InvalidateRect", "OnUIActivate"}) {
     Site site;
     site.when_called = [&](const std::string& call) {
       if (call == moment) in_place_->InPlaceDeactivate();
@@ -242,7 +265,8 @@ TEST_F(Embedding, a_container_may_deactivate_the_control_while_it_becomes_active
 }
 
 TEST_F(Embedding, a_container_may_let_the_control_go_in_any_call_of_an_activation) {
-  for (const std::string moment : {"OnInPlaceActivateEx windowless", "InvalidateRect", "OnUIActivate", "ShowObject"}) {
+  for (const std::string moment :
+       {"OnInPlaceActivateEx windowless", "GetWindowContext", "InvalidateRect", "OnUIActivate", "ShowObject"}) {
     Site site;
     auto object = query<IOleObject>(make<IVellobar>(CLSID_Vellobar).get());
     IOleObject* const borrowed = object.get();
