@@ -111,8 +111,8 @@ function useAttachments() {
   var box = create("Vellobar");
   box.Filename = path;
   box.Lock();
-  box.CreateTextHtmlAttachmentMessage(folder + "\\built.eml", "a@example.org", "b@example.org", "Built", "plain", "<p>html</p>",
-                                      attached);
+  box.CreateTextHtmlAttachmentMessage(folder + "\\built.eml", "a@example.org", "b@example.org", "Built", "plain",
+                                      "<p>html</p>", attached);
   var message = box.Messages.Add(folder + "\\built.eml");
   message.Attachments.Add(attached, encQUOTEDPRINTABLE);
   message.Attachments.Add(attached, encUUENCODE);

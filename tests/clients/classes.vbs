@@ -73,8 +73,8 @@ End Sub
 Sub UseHeaders()
   Dim headers, header, names
   Set headers = CreateObject("Quorvane.Headers")
-  headers.FromString "From: ann@example.org" & vbCrLf & "Subject: One" & vbCrLf & "Received: a" & vbCrLf & "Received: b" & _
-    vbCrLf & vbCrLf & "Ignored: behind the empty line"
+  headers.FromString "From: ann@example.org" & vbCrLf & "Subject: One" & vbCrLf & _
+    "Received: a" & vbCrLf & "Received: b" & vbCrLf & vbCrLf & "Ignored: behind the empty line"
   Expect "headers from a text", 4, headers.Count
   headers.Add "X-Empty"
   headers.Add "X-Number", 5
@@ -273,7 +273,8 @@ Sub UseControl()
   box.AutoUpdate = True
   box.Messages(0).Headers("Subject").Value = "Two"
   Expect "written at once", False, box.Changed
-  Expect "the file", "From a" & vbCrLf & "Subject: Two" & vbCrLf & vbCrLf & "caf" & Chr(233) & vbLf & vbCrLf, ReadCopy(path)
+  Expect "the file", "From a" & vbCrLf & "Subject: Two" & vbCrLf & vbCrLf & "caf" & Chr(233) & vbLf & vbCrLf, _
+    ReadCopy(path)
   box.Unlock
   box.Unlock
   box.About

@@ -101,7 +101,8 @@ begin
   end;
 end;
 
-procedure ExpectError(const What: string; Number: LongWord; const Description, Source: string; const Error: EOleException);
+procedure ExpectError(const What: string; Number: LongWord; const Description, Source: string;
+  const Error: EOleException);
 begin
   Expect(What + ', number', Integer(Number), Error.ErrorCode);
   Expect(What + ', description', WideString(Description), WideString(Error.Message));
@@ -203,7 +204,8 @@ begin
   Expect('attachments, read again', 2, Box.Messages.Item(1).Attachments.Count);
 end;
 
-{ Free Pascal 3.2 loses all but one of the strings that are put together inside one late-bound call: paths are variables. }
+{ Free Pascal 3.2 loses all but one of the strings that are put together inside one late-bound call: paths are
+  variables. }
 procedure BuildMessage(const Folder: WideString);
 var
   Box, Built: OleVariant;
@@ -212,7 +214,7 @@ begin
   Path := Folder + '\built.eml';
   Attached := Folder + '\note.txt';
   Box := CreateOleObject('Quorvane.Vellobar');
-  Box.CreateSimpleAttachmentMessage(Path, 'Ann Smith <ann@example.org>', 'bob@example.org', 'Menu', 'attached', Attached);
+  Box.CreateSimpleAttachmentMessage(Path, 'Ann <ann@example.org>', 'bob@example.org', 'Menu', 'attached', Attached);
   Built := CreateOleObject('Quorvane.Message');
   Built.Peek(Path);
   Expect('built sender', 'ann@example.org', Built.FromEmail);
@@ -221,7 +223,7 @@ begin
   ExpectTrue('built today', Abs(TDateTime(Built.Date) - Now) < 1);
   Attached := Folder + '\missing';
   try
-    Box.CreateSimpleAttachmentMessage(Path, 'Ann Smith <ann@example.org>', 'bob@example.org', 'Menu', 'attached', Attached);
+    Box.CreateSimpleAttachmentMessage(Path, 'Ann <ann@example.org>', 'bob@example.org', 'Menu', 'attached', Attached);
     ExpectTrue('a missing attachment is refused', False);
   except
     on Error: EOleException do
