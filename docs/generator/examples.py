@@ -1,15 +1,16 @@
 #!/usr/bin/python3
-"""Runs the examples of the manual as they stand: examples.py sh PROGRAM | windows FOLDER RUNNER... | python | cpp FILE | cpp-run PROGRAM
+"""Runs the examples of the manual as they stand:
+
+  examples.py sh PROGRAM                        `sh` blocks, with PROGRAM as `vellobar`
+  examples.py windows FOLDER [PASCAL] RUNNER... `vb` and `jscript` blocks by a Windows script host
+  examples.py python                            `python` blocks are compiled, not run: they need Windows
+  examples.py source LANGUAGE FILE              writes the one block in `cpp` or `delphi` to FILE, for a compiler
+  examples.py cpp PROGRAM                       runs what the compiler made of it
 
 A page's examples run one after the other in a folder that holds a fresh copy of examples/sample.mbox as inbox.mbox. A
-`text` block right behind an example is what it prints, byte for byte; an example without one may print anything.
-
-  sh PROGRAM          `sh` blocks, with PROGRAM as `vellobar`
-  windows FOLDER ...  `vb` and `jscript` blocks by a Windows script host, started by the runner; FOLDER is the Windows
-                      installation's drive C, where the examples work in C:\\mail
-  python              `python` blocks are compiled, not run: they need Windows
-  cpp FILE            writes the `cpp` block of docs/start/cpp.md to FILE, for the compiler
-  cpp-run PROGRAM     runs what the compiler made of it
+`text` block right behind an example is what it prints, byte for byte; an example without one may print anything. Under
+Windows that folder is C:\\mail: FOLDER is the Windows installation's drive C, RUNNER the command that starts a Windows
+program, and PASCAL (--pascal=PROGRAM) what a compiler made of the `delphi` block, which then runs as well.
 """
 
 import os
@@ -112,8 +113,8 @@ def run_pages(pages, program, folder):
     return failed
 
 
-def run_scripts(pages, drive, runner):
-    """Runs every script in one Windows session, from one batch file: starting a session costs more than any script."""
+def run_on_windows(pages, drive, pascal_program, runner):
+    """Runs every example in one Windows session, from one batch file: starting a session costs more than any script."""
     work = drive / "manual"
     shutil.rmtree(work, ignore_errors=True)
     work.mkdir()
@@ -122,20 +123,25 @@ def run_scripts(pages, drive, runner):
     for page_number, examples in enumerate(pages.values()):
         batch += [r"if exist C:\mail rd /s /q C:\mail", r"md C:\mail", r"copy C:\manual\inbox.mbox C:\mail >nul"]
         for example in examples:
-            suffix, end = SCRIPTS[example.language]
             example.output = work / f"{page_number}-{example.line}.out"
-            script = example.output.with_suffix(f".{suffix}")
-            script.write_text(example.code + end, encoding="cp1252")
-            batch.append(rf"cscript //nologo C:\manual\{script.name} >C:\manual\{example.output.name} 2>&1")
+            command = pascal_program
+            if example.language in SCRIPTS:
+                suffix, end = SCRIPTS[example.language]
+                script = example.output.with_suffix(f".{suffix}")
+                script.write_text(example.code + end, encoding="cp1252")
+                command = rf"cscript //nologo C:\manual\{script.name}"
+            batch.append(rf"{command} >C:\manual\{example.output.name} 2>&1")
     (work / "run.bat").write_text("\r\n".join(batch) + "\r\n", newline="")
     subprocess.run([*runner, "cmd", "/c", r"C:\manual\run.bat"], stdin=subprocess.DEVNULL, timeout=LONGEST_SESSION,
                    check=True)
-    return report([example for examples in pages.values() for example in examples], script_output)
+    return report([example for examples in pages.values() for example in examples], windows_output)
 
 
-def script_output(example):
-    """What a script printed. A script host may end well after an error: a script that came to its end says so."""
+def windows_output(example):
+    """What an example printed. A script host may end well after an error: a script that came to its end says so."""
     printed = example.output.read_bytes().decode("cp1252").replace("\r\n", "\n")
+    if example.language not in SCRIPTS:
+        return printed
     if not printed.endswith(CAME_TO_ITS_END + "\n"):
         raise AssertionError(f"stopped before its end\n{printed}")
     return printed.removesuffix(CAME_TO_ITS_END + "\n")
@@ -153,24 +159,39 @@ def compile_python(pages):
     return failed
 
 
+def write_source(language, path):
+    ((example,),) = all_examples({language}).values()
+    Path(path).write_text(example.code, encoding="utf-8")
+
+
+def run_here(language, program):
+    pages = all_examples({language})
+    with tempfile.TemporaryDirectory() as work:
+        return pages, run_pages(pages, Path(program).resolve(), Path(work) / "mail")
+
+
+def run_there(drive, *command):
+    pascal, runner = None, command
+    if command[0].startswith("--pascal="):
+        pascal, runner = "Z:" + command[0].removeprefix("--pascal=").replace("/", "\\"), command[1:]
+    pages = all_examples({*SCRIPTS, "delphi"} if pascal else set(SCRIPTS))
+    return pages, run_on_windows(pages, Path(drive), pascal, runner)
+
+
 def main():
-    if len(sys.argv) < 2:
-        sys.exit(__doc__)
-    what, *arguments = sys.argv[1:]
-    languages = {"sh": {"sh"}, "windows": set(SCRIPTS), "python": {"python"}, "cpp": {"cpp"}, "cpp-run": {"cpp"}}[what]
-    pages = all_examples(languages)
-    if what == "cpp":
-        ((example,),) = pages.values()
-        Path(arguments[0]).write_text(example.code, encoding="utf-8")
-        return
-    if what == "python":
-        failed = compile_python(pages)
-    elif what in ("sh", "cpp-run"):
-        program = Path(arguments[0]).resolve()
-        with tempfile.TemporaryDirectory() as work:
-            failed = run_pages(pages, program, Path(work) / "mail")
-    else:
-        failed = run_scripts(pages, Path(arguments[0]), arguments[1:])
+    match sys.argv[1:]:
+        case ["source", language, path]:
+            write_source(language, path)
+            return
+        case [("sh" | "cpp") as language, program]:
+            pages, failed = run_here(language, program)
+        case ["windows", drive, *command] if command:
+            pages, failed = run_there(drive, *command)
+        case ["python"]:
+            pages = all_examples({"python"})
+            failed = compile_python(pages)
+        case _:
+            sys.exit(__doc__)
     count = sum(map(len, pages.values()))
     print(f"{count - failed} of {count} examples as the manual shows them")
     sys.exit(1 if failed or not count else 0)

@@ -174,6 +174,14 @@ class TheExamples(unittest.TestCase):
         self.assertEqual(self.run_shell_example("head -c 5 inbox.mbox; echo\n", "from \n"), 1)
         self.assertEqual(self.run_shell_example("false\ntrue\n", None), 1)
 
+    def test_a_script_that_stops_before_its_end_is_found(self):
+        with tempfile.TemporaryDirectory() as work:
+            example = examples.Example("x.md", 1, "vb", "WScript.Echo 1\n", "1\n", Path(work) / "out")
+            example.output.write_bytes(b"1\r\n" + examples.CAME_TO_ITS_END.encode() + b"\r\n")
+            self.assertEqual(examples.windows_output(example), "1\n")
+            example.output.write_bytes(b"1\r\n")
+            self.assertRaisesRegex(AssertionError, "stopped before its end", examples.windows_output, example)
+
 
 class TheManual(unittest.TestCase):
     @classmethod
