@@ -92,6 +92,11 @@ class ThePages(unittest.TestCase):
                                r"<code>Open\(Path As String, \[Mode As Variant\]\) As Box</code>")
         self.assertIn("Method · DISPID 5", body)
 
+    def test_the_members_are_listed_by_name_above_the_first_of_them(self):
+        body = pages()["reference/Box.md"].body
+        self.assertRegex(body, r'A box.</p>\s*<ul class="members"><li><a href="#name">Name</a></li>'
+                               r'<li><a href="#open">Open</a></li></ul>\s*<h2 id="name">')
+
     def test_a_row_of_an_enumeration_gets_its_value(self):
         self.assertIn("<td>2</td>\n<td>Blue</td>", pages()["reference/enumerations.md"].body)
 
