@@ -1,8 +1,9 @@
 #!/usr/bin/python3
 """Looks at the rendered site as a reader does, in headless Chromium: browser.py SITE SCREENSHOTS
 
-Every page is opened in a frame as wide as a phone: nothing may be wider than that, and the links of what the browser made of
-the page have to lead somewhere. The search is asked. A few pages are photographed as wide as a desk and as a phone.
+Every page is opened in a frame as wide as a phone: nothing may be wider than that, and the links of what the browser
+made of the page have to lead somewhere. The search is asked. A few pages are photographed as wide as a desk and as a
+phone.
 """
 
 import html
@@ -42,7 +43,7 @@ function open(page) {
 }
 open(pages[0]);
 </script></body>"""
-FRAME = '<!DOCTYPE html><body style="margin:0"><iframe style="border:0" width="{}" height="{}" src="{}"></iframe></body>'
+FRAME = '<!DOCTYPE html><body style="margin:0"><iframe style="border:0" width="{}" height="{}" src="{}"></iframe>'
 
 
 def chromium(*arguments):
@@ -96,7 +97,8 @@ def main():
     with tempfile.TemporaryDirectory() as work:
         complaints = list(complaints_about(site, Path(work)))
         photograph(site, folder, Path(work))
-    print("\n".join(complaints) or f"every link leads somewhere, nothing is wider than a phone; screenshots in {folder}")
+    fine = f"every link leads somewhere, nothing is wider than a phone; screenshots in {folder}"
+    print("\n".join(complaints) or fine)
     sys.exit(1 if complaints else 0)
 
 

@@ -1,8 +1,8 @@
 #!/usr/bin/python3
 """Checks and renders the manual: manual.py check | site FOLDER | help FOLDER
 
-`check` prints every complaint and ends with 1 when there is one. `site` writes the static site and `help` the help file,
-both after the same check.
+`check` prints every complaint and ends with 1 when there is one. `site` writes the static site and `help` the help
+file, both after the same check.
 """
 
 import re

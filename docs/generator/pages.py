@@ -2,8 +2,8 @@
 sources of the component say (signatures under the headings of members, values in the tables of enumerations, messages
 under error numbers) and turned into HTML.
 
-Three things link themselves outside code blocks: a code span `Class.Member`, a code span that is the name of a class or
-an enumeration, and an error number.
+These link themselves outside code blocks: a code span `Class.Member`, a code span that is the name of a class or an
+enumeration or, on the page of a class, of one of its members, and an error number.
 """
 
 import html
@@ -99,6 +99,13 @@ def class_facts(entry):
     )
 
 
+def member_list(entry):
+    """Links to the members of a class, by their names."""
+    names = sorted((name for name in entry.members if not name.startswith("_")), key=str.lower)
+    links = "".join(f'<li><a href="#{name.lower()}">{name}</a></li>' for name in names)
+    return f'<ul class="members">{links}</ul>'
+
+
 def error_facts(number, message):
     return (
         f'<div class="facts"><p class="signature"><code>{html.escape(message)}</code></p>'
@@ -113,24 +120,31 @@ class Writer:
         self.surface = surface
 
     def complete(self, path, source):
-        lines = []
+        lines, entry, is_listed = [], self.class_of(path), False
         for kind, line in lines_of(source):
             if kind == "code":
                 lines.append(line)
                 continue
             heading = HEADING.match(line)
+            if entry and not is_listed and heading and len(heading[1]) == 2:
+                lines += [member_list(entry), ""]
+                is_listed = True
             lines.append(line if heading else self.linked(path, self.enum_row(path, line)))
             if heading:
                 facts = self.facts(path, len(heading[1]), heading[2])
                 lines += ["", facts, ""] if facts else []
         return "\n".join(lines) + "\n"
 
-    def facts(self, path, level, heading):
+    def class_of(self, path):
+        """The class that a page is about, if any."""
         folder, _, name = path.removesuffix(".md").rpartition("/")
+        return self.surface.classes.get(name) if folder == "reference" else None
+
+    def facts(self, path, level, heading):
         if path == ERRORS_PAGE:
             number = int(heading) if heading.isdigit() else None
             return error_facts(number, self.surface.errors[number]) if number in self.surface.errors else ""
-        entry = self.surface.classes.get(name) if folder == "reference" else None
+        entry = self.class_of(path)
         if not entry:
             return ""
         if level == 1:
@@ -148,7 +162,7 @@ class Writer:
         return line
 
     def linked(self, path, line):
-        up = "../" * path.count("/")
+        up, own = "../" * path.count("/"), self.class_of(path)
 
         def member_link(match):
             entry = self.surface.classes.get(match[1])
@@ -157,7 +171,9 @@ class Writer:
             return f"[{match[0]}]({up}reference/{match[1]}.md#{match[2].lower()})"
 
         def name_link(match):
-            if match[1] in self.surface.classes and not path.endswith(f"/{match[1]}.md"):
+            if own and match[1] in own.members:
+                return f"[{match[0]}](#{match[1].lower()})"
+            if match[1] in self.surface.classes and self.surface.classes[match[1]] is not own:
                 return f"[{match[0]}]({up}reference/{match[1]}.md)"
             if match[1] in self.surface.enumerations and path != ENUMERATIONS_PAGE:
                 return f"[{match[0]}]({up}{ENUMERATIONS_PAGE}#{match[1].lower()})"

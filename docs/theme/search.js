@@ -7,7 +7,7 @@
   const up = document.body.dataset.up;
   const most = 20;
 
-  // How well an entry fits: a word that is the heading weighs most, then one in the heading, in the page's title, in the text.
+  // How well an entry fits: a word that is the heading weighs most, then one in the heading, in the page, in the text.
   function score(entry, words) {
     const heading = entry.heading.toLowerCase();
     const page = entry.page.toLowerCase();

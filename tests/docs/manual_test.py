@@ -51,13 +51,21 @@ SURFACE = read_surface(IDL, CLASSES, ERROR_HEADER, ERROR_SOURCE)
 
 BOX_PAGE = "# Box\n\nA box.\n\n## Name\n\nWhat the box is called.\n\n## Open\n\nOpens the box; 30077 when it cannot.\n"
 ERRORS_PAGE = "# Errors\n\n## 30077\n\n**Cause.** It fell.\n\n**Cure.** Glue.\n"
-ENUMERATIONS_PAGE = "# Enumerations\n\n## Colours\n\n| Name | Value | Meaning |\n|---|---|---|\n| `colRed` | Red |\n| `colBlue` | Blue |\n"
+ENUMERATIONS_PAGE = """# Enumerations
+
+## Colours
+
+| Name | Value | Meaning |
+|---|---|---|
+| `colRed` | Red |
+| `colBlue` | Blue |
+"""
 
 
 def pages(**changed):
-    texts = {"reference/Box.md": BOX_PAGE, "reference/errors.md": ERRORS_PAGE, "reference/enumerations.md": ENUMERATIONS_PAGE}
-    texts |= {f"reference/{name}.md": text for name, text in changed.items()}
-    return {path: Writer(SURFACE).page(path, text) for path, text in texts.items()}
+    texts = {"Box": BOX_PAGE, "errors": ERRORS_PAGE, "enumerations": ENUMERATIONS_PAGE} | changed
+    paths = {f"reference/{name}.md": text for name, text in texts.items()}
+    return {path: Writer(SURFACE).page(path, text) for path, text in paths.items()}
 
 
 class TheSurface(unittest.TestCase):
@@ -92,6 +100,11 @@ class ThePages(unittest.TestCase):
                                r"<code>Open\(Path As String, \[Mode As Variant\]\) As Box</code>")
         self.assertIn("Method · DISPID 5", body)
 
+    def test_the_members_are_listed_by_name_above_the_first_of_them(self):
+        body = pages()["reference/Box.md"].body
+        self.assertRegex(body, r'A box.</p>\s*<ul class="members"><li><a href="#name">Name</a></li>'
+                               r'<li><a href="#open">Open</a></li></ul>\s*<h2 id="name">')
+
     def test_a_row_of_an_enumeration_gets_its_value(self):
         self.assertIn("<td>2</td>\n<td>Blue</td>", pages()["reference/enumerations.md"].body)
 
@@ -124,7 +137,8 @@ class TheChecks(unittest.TestCase):
                          ["reference/Box.md: a section about Burn, which is no member of Box"])
 
     def test_a_missing_and_a_strange_row_of_an_enumeration_are_found(self):
-        self.assertEqual(self.complaints(check.check_enumerations, enumerations=ENUMERATIONS_PAGE.replace("Blue` |", "Bleu` |")),
+        misspelt = ENUMERATIONS_PAGE.replace("Blue` |", "Bleu` |")
+        self.assertEqual(self.complaints(check.check_enumerations, enumerations=misspelt),
                          ["reference/enumerations.md: 0 rows for Colours.colBlue",
                           "reference/enumerations.md: a row for colBleu, which is no member of Colours"])
 
@@ -140,7 +154,7 @@ class TheChecks(unittest.TestCase):
                          ["reference/Box.md: Box has no member Close"])
 
     def test_links_to_missing_pages_headings_and_pictures_are_found(self):
-        files = {"a.html": '<h2 id="here"></h2><a href="b/c.html#there"></a><a href="#nowhere"></a><a href="d.html"></a>',
+        files = {"a.html": '<h2 id="here"></h2><a href="b/c.html#there"></a><a href="#nowhere"></a><a href="d.html">',
                  "b/c.html": '<h2 id="there"></h2><a href="../a.html#here"></a><img src="../x.svg"><img src="../y.svg">'}
         self.assertEqual(list(check.check_links(files, {"x.svg"})),
                          ["a.html: a link to #nowhere, a page without that heading",
@@ -148,10 +162,12 @@ class TheChecks(unittest.TestCase):
                           "b/c.html: a link to ../y.svg, which is not there"])
 
     def test_a_page_that_the_contents_do_not_list_is_found(self):
-        contents = read_contents("- [Errors](reference/errors.md)\n- Reference\n  - [Box](reference/Box.md)\n  - [Old](old.md)\n")
-        self.assertEqual([(e.title, e.path, e.depth) for e in contents[1:3]], [("Reference", "", 0), ("Box", "reference/Box.md", 1)])
+        contents = read_contents("- [Errors](reference/errors.md)\n- Boxes\n  - [Box](reference/Box.md)\n  - [Old](old.md)\n")
+        self.assertEqual([(entry.title, entry.path, entry.depth) for entry in contents[1:3]],
+                         [("Boxes", "", 0), ("Box", "reference/Box.md", 1)])
         self.assertEqual(list(check.check_contents(contents, pages())),
-                         ["contents.md: reference/enumerations.md is listed 0 times", "contents.md: there is no page old.md"])
+                         ["contents.md: reference/enumerations.md is listed 0 times",
+                          "contents.md: there is no page old.md"])
 
 
 class TheExamples(unittest.TestCase):
