@@ -10,12 +10,15 @@
 #include "mailbox/separator_line.h"
 #include "platform/code_page.h"
 #include "platform/file.h"
+#include "platform/file_replacement.h"
 #include "platform/locale.h"
 #include "platform/overwriting.h"
 
 namespace vellobar {
 
 namespace {
+
+using platform::FileReplacement;
 
 std::atomic<std::int32_t>& language() {
   static std::atomic<std::int32_t> value{platform::user_default_locale()};
@@ -29,6 +32,23 @@ std::int64_t copy_appended_mail(platform::File& file, std::int64_t position, pla
     position = end;
   }
   return position;
+}
+
+/// Writes the messages of a mailbox and what was appended to it since it was locked, and puts that in its place.
+void replace_mailbox(const std::string& path, platform::File& file, CMessages& messages,
+                     FileReplacement::Staging where) {
+  FileReplacement replacement(path, where);
+  messages.write_mailbox(replacement);
+  // Most of the waiting comes before the lock, which keeps others from delivering mail.
+  replacement.sync();
+  replacement.lock();
+  // Not everybody looks at a lock; syncing takes a while.
+  std::int64_t copied = file.size();
+  do {
+    copied = copy_appended_mail(file, copied, replacement);
+    replacement.sync();
+  } while (copied < file.current_size());
+  replacement.commit(file, copied);
 }
 
 }  // namespace
@@ -106,29 +126,13 @@ void CVellobar::write_mailbox() {
   if (!file_->is_same_file(path_) || file_->current_size() < file_->size()) {
     throw std::system_error(std::make_error_code(std::errc::io_error), "the mailbox was replaced or cut");
   }
-  using platform::FileReplacement;
   try {
-    replace_mailbox(FileReplacement::Staging::beside);
+    replace_mailbox(path_, *file_, *messages_, FileReplacement::Staging::beside);
   } catch (const std::system_error& error) {
     if (!platform::is_out_of_room(error.code())) throw;
     // Removing mail from a full disk must be possible.
-    replace_mailbox(FileReplacement::Staging::elsewhere);
+    replace_mailbox(path_, *file_, *messages_, FileReplacement::Staging::elsewhere);
   }
-}
-
-void CVellobar::replace_mailbox(platform::FileReplacement::Staging where) {
-  platform::FileReplacement replacement(path_, where);
-  messages_->write_mailbox(replacement);
-  // Most of the waiting comes before the lock, which keeps others from delivering mail.
-  replacement.sync();
-  replacement.lock();
-  // Not everybody looks at a lock; syncing takes a while.
-  std::int64_t copied = file_->size();
-  do {
-    copied = copy_appended_mail(*file_, copied, replacement);
-    replacement.sync();
-  } while (copied < file_->current_size());
-  replacement.commit(*file_, copied);
 }
 
 void CVellobar::mark_changed() {

@@ -9,11 +9,14 @@
 #include <string_view>
 
 #include "mailbox/owner.h"
-#include "platform/file_replacement.h"
 
 namespace vellobar {
 
 class CMessages;
+
+namespace platform {
+class File;
+}
 
 class CVellobar {
  public:
@@ -81,7 +84,6 @@ class CVellobar {
  private:
   void new_collection();
   void write_mailbox();
-  void replace_mailbox(platform::FileReplacement::Staging where);
   void update_quietly();
 
   std::u16string filename_;

@@ -57,7 +57,7 @@ class FileReplacement : public ByteSink {
   /// Puts the new content in place, which must be synced. `old_file` is the caller's open view of the old one: where
   /// the system needs it, it is let go for the moment of replacing and, when that fails, opened again. What somebody
   /// wrote to the old file behind `copied` meanwhile is carried over. Throws std::system_error when the old content is
-  /// still (or again) in force.
+  /// still (or again) in force, or when something cannot be carried over.
   void commit(File& old_file, std::int64_t copied);
 
  private:
