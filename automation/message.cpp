@@ -29,7 +29,8 @@ class MessageObject final : public CoreObject<MessageObject, IvMessage, CMessage
   }
   STDMETHODIMP put_Tag(VARIANT value) override {
     return guarded([&] {
-      std::any tag(std::in_place_type<Variant>, value);
+      // A copy of a copy: what could not be handed out again later is refused now.
+      std::any tag(std::in_place_type<Variant>, Variant(value));
       // What the tag held is not released, only forgotten; deliberate, held by the test
       // `Message.putting_a_tag_does_not_release_the_previous_one`.
       if (auto* held = std::any_cast<Variant>(&core().Tag())) held->detach();

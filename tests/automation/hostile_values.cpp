@@ -260,7 +260,6 @@ std::vector<HostileShape> chief_hostile_shapes() {
                                                 "bytes",
                                                 "bytes by reference as type 17",
                                                 "stranger",
-                                                "the object itself",
                                                 "reference to itself"};
   Shapes chief;
   for (const HostileShape& shape : hostile_shapes()) {

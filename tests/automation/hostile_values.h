@@ -35,7 +35,7 @@ struct HostileShape {
 };
 
 const std::vector<HostileShape>& hostile_shapes();
-/// A few of them, one of each sort.
+/// A few of them, one of each sort; no objects that end, since Wine never lets go of those among surplus arguments.
 std::vector<HostileShape> chief_hostile_shapes();
 
 }  // namespace vellobar::tests

@@ -123,6 +123,23 @@ TEST_F(ReleaseOrder, a_tag_that_leads_back_to_the_control_is_let_go_by_unlock) {
   ASSERT_EQ(client.control()->Unlock(), S_OK);
 }
 
+// Scripts write message.Headers("Subject"): one call, in which the arguments are those of the collection's default member.
+TEST_F(ReleaseOrder, nothing_is_left_of_a_collection_that_was_only_passed_through_to_its_default_member) {
+  MailboxClient client(kWithParts);
+  auto message = client.message(0);
+  Value header, none;
+  EXPECT_EQ(invoke(message.get(), 13, DISPATCH_PROPERTYGET, {Value(L"Subject").get()}, header.receive()), S_OK);
+  EXPECT_EQ(header.type(), VT_DISPATCH);
+  header = Value();
+  EXPECT_TRUE(FAILED(invoke(message.get(), 13, DISPATCH_PROPERTYGET, {Value(L"No").get()}, none.receive())));
+  Value attachment;
+  EXPECT_EQ(invoke(message.get(), 16, DISPATCH_PROPERTYGET, {Value(short{0}).get()}, attachment.receive()), S_OK);
+  attachment = Value();
+  message = ComPtr<IvMessage>();
+  client.let_control_go();
+  EXPECT_EQ(Module::under_test().can_unload_now(), S_OK);
+}
+
 TEST_F(WholeModule, ends_and_can_be_loaded_again) {
   const CopyElsewhere copy;
   for (int i = 0; i < 3; ++i) {
