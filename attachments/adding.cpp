@@ -16,10 +16,8 @@ namespace vellobar {
 
 namespace {
 
-std::string process_bytes(std::u16string_view text) { return platform::narrow(platform::process_code_page(), text); }
-
 std::shared_ptr<platform::File> open_to_attach(std::u16string_view filename) {
-  const std::string path = process_bytes(filename);
+  const std::string path = platform::process_bytes(filename);
   if (path.empty()) throw Error(ErrorNumber::filename_not_given, Reporter::vellobar);
   std::shared_ptr<platform::File> file = platform::File::open(path);
   if (!file) throw Error(ErrorNumber::cannot_open_file, Reporter::vellobar);
@@ -63,7 +61,7 @@ std::shared_ptr<CMessage> CAttachments::Add(std::u16string_view filename, std::o
 std::shared_ptr<CMessage> CAttachments::add_as(std::u16string_view name, std::u16string_view filename, int encoding) {
   if (message_ == nullptr) throw Error(Status::fail);
   const std::shared_ptr<platform::File> file = open_to_attach(filename);
-  std::string path = write_part(*file, process_bytes(name), encoding);
+  std::string path = write_part(*file, platform::process_bytes(name), encoding);
   if (file->failed()) {
     platform::remove_file(path);
     throw Error(ErrorNumber::cannot_open_file, Reporter::vellobar);

@@ -84,7 +84,7 @@ void CAttachment::save_to(std::u16string_view filename) {
   if (encoding_ < kFirstEncoding || encoding_ > kLastEncoding) {
     throw Error(ErrorNumber::unknown_encoder, Reporter::attachment);
   }
-  const std::string path = platform::narrow(platform::process_code_page(), filename);
+  const std::string path = platform::process_bytes(filename);
   try {
     const OpenSource source(range_);
     if (is_source_or_mailbox(path)) throw Error(ErrorNumber::cannot_access_destination, Reporter::attachment);

@@ -83,7 +83,7 @@ struct Visit {
 /// The plain text as bytes; empty where the part that holds it cannot be read.
 std::string readable_text(CMessage& message) {
   try {
-    return platform::narrow(platform::process_code_page(), message.PlainText());
+    return platform::process_bytes(message.PlainText());
   } catch (const Error& error) {
     if (error.status() != Status::numbered || error.number() != ErrorNumber::cannot_load_text) throw;
     return {};
@@ -165,7 +165,7 @@ void CAttachments::find_in_text(CMessage& message) {
     if (!source.file) return;
     items_.push_back(std::make_shared<CAttachment>(owner_, message.weak_from_this(), std::move(source),
                                                    static_cast<int>(codecs::AttachmentEncoding::uuencode)));
-    items_.back()->describe(platform::widen(platform::process_code_page(), block->name), {});
+    items_.back()->describe(platform::process_text(block->name), {});
   }
 }
 

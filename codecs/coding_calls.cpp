@@ -11,7 +11,7 @@ namespace vellobar::codecs {
 namespace {
 
 std::string path_of(std::u16string_view name) {
-  const std::string path = platform::narrow(platform::process_code_page(), name);
+  const std::string path = platform::process_bytes(name);
   // A name with a NUL inside would open another file than it says.
   if (path.empty() || path.find('\0') != path.npos) throw Error(Status::fail);
   return path;
@@ -56,10 +56,10 @@ void code_file(std::u16string_view in_file, std::u16string_view out_file, const 
 
 std::string bytes_of_text(std::u16string_view text) {
   if (text.empty()) throw Error(Status::fail);
-  return platform::narrow(platform::process_code_page(), text);
+  return platform::process_bytes(text);
 }
 
-std::u16string text_of_bytes(std::string_view bytes) { return platform::widen(platform::process_code_page(), bytes); }
+std::u16string text_of_bytes(std::string_view bytes) { return platform::process_text(bytes); }
 
 std::u16string text_of_letters(std::string_view letters) { return platform::widen(platform::kThreadCodePage, letters); }
 

@@ -23,7 +23,7 @@ void CEncoder::Base64(std::u16string_view in_file, std::u16string_view out_file)
 
 void CEncoder::Uuencode(std::u16string_view in_file, std::u16string_view out_file) const {
   code_file(in_file, out_file, progress_, [in_file](platform::File& from, platform::ByteSink& to) {
-    to.write("begin 666 " + platform::narrow(platform::process_code_page(), base_name(in_file)) + "\r\n");
+    to.write("begin 666 " + platform::process_bytes(base_name(in_file)) + "\r\n");
     encode_uu_stream(from, to);
     to.write("end\r\n");
   });

@@ -24,7 +24,7 @@ void attach(CMessage& message, std::u16string_view filename) {
 
 /// The message has no owner that would keep it from replacing the locked mailbox.
 void save(const CVellobar& control, CMessage& message, std::u16string_view filename) {
-  if (control.is_locked_file(platform::narrow(platform::process_code_page(), filename))) {
+  if (control.is_locked_file(platform::process_bytes(filename))) {
     throw Error(ErrorNumber::cannot_update_mailbox, Reporter::message);
   }
   message.Save(filename);

@@ -46,7 +46,10 @@ void LineReader::fill() {
   // Most header blocks are short: the first piece is, too.
   const std::int64_t room = static_cast<std::int64_t>(end_ == 0 ? kFirstPiece : buffer_.size() - end_);
   const std::int64_t left = std::max<std::int64_t>(file_.size() - from, 0);
-  end_ += file_.read(from, buffer_.data() + end_, static_cast<std::size_t>(std::min(room, left)));
+  const std::size_t wanted = static_cast<std::size_t>(std::min(room, left));
+  const std::size_t got = file_.read(from, buffer_.data() + end_, wanted);
+  failed_ = got < wanted && file_.failed();
+  end_ += got;
 }
 
 std::string_view cut_line(std::string_view line) {
@@ -79,7 +82,7 @@ CHeaders* CMessage::load_headers() {
   body_offset_ = reader.position();
   for (;;) {
     const std::string_view whole = reader.next();
-    if (whole.size() == headers::kLongestLine) return nullptr;
+    if (whole.size() == headers::kLongestLine || reader.failed()) return nullptr;
     const std::string_view line = headers::cut_line(whole);
     if (line.empty()) break;
     if (line.front() != ' ' && line.front() != '\t') {

@@ -23,6 +23,9 @@ class LineReader {
   /// left (nothing at last). Valid until the next call.
   std::string_view next();
 
+  /// True once a read failed; what is handed out then ends early.
+  bool failed() const { return failed_; }
+
   /// File position behind the lines handed out so far.
   std::int64_t position() const { return position_; }
 
@@ -33,6 +36,7 @@ class LineReader {
   std::int64_t position_;
   std::size_t begin_ = 0;
   std::size_t end_ = 0;
+  bool failed_ = false;
   alignas(64) std::array<char, kLongestLine> buffer_;  // the system copies to aligned memory several times as fast
 };
 

@@ -14,8 +14,6 @@ namespace vellobar {
 
 namespace {
 
-constexpr std::string_view kLineEnd = "\r\n";
-
 std::u16string widen(std::string_view bytes) { return platform::widen(platform::kThreadCodePage, bytes); }
 
 template <typename Character>
@@ -148,7 +146,7 @@ std::string CHeaders::to_bytes_in_process_code_page() const {
       line += stored_value(entry);
       bytes += through_process_code_page(line);
     }
-    bytes += kLineEnd;
+    bytes += platform::kLineEnd;
   }
   return bytes;
 }
@@ -214,9 +212,9 @@ void CHeaders::continue_last(std::string_view line) {
     return;
   }
   // The last header that was read ends where the text ends, so its value grows in place.
-  text_ += kLineEnd;
+  text_ += platform::kLineEnd;
   text_ += line;
-  last.value_size += kLineEnd.size() + line.size();
+  last.value_size += platform::kLineEnd.size() + line.size();
 }
 
 std::string CHeaders::narrow_value(std::size_t position) const {

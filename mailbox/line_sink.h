@@ -5,6 +5,7 @@
 
 #include <string_view>
 
+#include "platform/ascii.h"
 #include "platform/file.h"
 
 namespace vellobar::mailbox {
@@ -20,7 +21,7 @@ class LineSink final : public platform::ByteSink {
 
   /// Ends the line that was begun, if one was.
   void end_line() {
-    if (is_in_line_) write("\r\n");
+    if (is_in_line_) write(platform::kLineEnd);
   }
 
  private:

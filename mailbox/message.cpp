@@ -6,19 +6,12 @@
 #include "headers/header_block.h"
 #include "headers/headers.h"
 #include "mailbox/messages.h"
+#include "mailbox/separator_line.h"
 #include "mailbox/tree_walk.h"
 #include "platform/code_page.h"
 #include "platform/file.h"
 
 namespace vellobar {
-
-namespace {
-
-constexpr std::string_view kSeparator = "From ";
-
-std::u16string process_text(std::string_view bytes) { return platform::widen(platform::process_code_page(), bytes); }
-
-}  // namespace
 
 CMessage::CMessage() = default;
 
@@ -81,16 +74,17 @@ void CMessage::read_mail_info() {
 }
 
 void CMessage::recognise_separator_line() {
-  char line[kSeparator.size()];
+  char line[mailbox::kSeparator.size()];
   has_separator_ = file_ && file_->read(start_, line, sizeof line) == sizeof line &&
-                   std::string_view(line, sizeof line) == kSeparator;
+                   std::string_view(line, sizeof line) == mailbox::kSeparator;
   first_line_is_separator_ = has_separator_;
 }
 
 void CMessage::make_missing_separator_line() {
-  if (MailInfo().starts_with(u"From ")) return;
+  if (MailInfo().starts_with(mailbox::kWideSeparator)) return;
   const std::u16string sender = FromEmail();
-  std::u16string line = u"From " + (sender.empty() ? std::u16string(u"<unknown>") : sender);
+  std::u16string line =
+      std::u16string(mailbox::kWideSeparator) + (sender.empty() ? std::u16string(u"<unknown>") : sender);
   const std::size_t date = headers_ ? headers_->find(std::string_view("date")) : CHeaders::npos;
   if (date != CHeaders::npos) line += u" " + headers_->value(date);
   store_mail_info(line);
@@ -170,7 +164,7 @@ void CMessage::forget_collection(const CMessages& collection) {
 std::u16string CMessage::Text() {
   load_body();
   if (!body_) throw Error(ErrorNumber::cannot_load_text, Reporter::message);
-  return process_text(*body_);
+  return platform::process_text(*body_);
 }
 
 std::u16string CMessage::Body() {
@@ -198,7 +192,7 @@ std::u16string CMessage::Body() {
 std::u16string CMessage::own_body() const {
   std::u16string text = headers_ ? headers_->ToString() : std::u16string();
   text += u"\r\n";
-  return text += process_text(*body_);
+  return text += platform::process_text(*body_);
 }
 
 }  // namespace vellobar

@@ -8,16 +8,13 @@
 #include "mailbox/message.h"
 #include "mailbox/messages.h"
 #include "mailbox/scratch_file.h"
+#include "platform/ascii.h"
 #include "platform/code_page.h"
 #include "platform/file.h"
 
 namespace vellobar {
 
 namespace {
-
-constexpr std::string_view kLineEnd = "\r\n";
-
-std::string process_bytes(std::u16string_view text) { return platform::narrow(platform::process_code_page(), text); }
 
 std::int64_t count_lines(std::string_view text) {
   const std::int64_t feeds = std::count(text.begin(), text.end(), '\n');
@@ -31,7 +28,7 @@ bool has_readable_headers(const std::shared_ptr<platform::File>& file, bool has_
 }  // namespace
 
 void CMessage::Peek(std::u16string_view filename) {
-  read_from_own_file(platform::File::open(process_bytes(filename)), false);
+  read_from_own_file(platform::File::open(platform::process_bytes(filename)), false);
 }
 
 void CMessage::read_from_own_file(std::shared_ptr<platform::File> file, bool has_separator) {
@@ -64,8 +61,8 @@ void CMessage::SetText(std::u16string_view text) {
   load_body();
   // Without its headers the message could not be written whole.
   if (!loaded_headers()) throw Error(ErrorNumber::cannot_load_text, Reporter::message);
-  std::string body = process_bytes(text);
-  if (body.size() <= kLineEnd.size() || !body.ends_with(kLineEnd)) body += kLineEnd;
+  std::string body = platform::process_bytes(text);
+  if (body.size() <= platform::kLineEnd.size() || !body.ends_with(platform::kLineEnd)) body += platform::kLineEnd;
   load_tree();
   body_ = std::move(body);
   text_was_put_ = true;
@@ -84,7 +81,7 @@ void CMessage::SetText(std::u16string_view text) {
 }
 
 void CMessage::SetBody(std::u16string_view body) {
-  const std::string bytes = process_bytes(body);
+  const std::string bytes = platform::process_bytes(body);
   mailbox::ScratchFile file;
   file.write(bytes);
   std::shared_ptr<platform::File> opened = platform::File::open(file.path());

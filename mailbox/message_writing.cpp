@@ -12,16 +12,13 @@
 #include "mailbox/separator_line.h"
 #include "mailbox/tree_walk.h"
 #include "mailbox/vellobar.h"
+#include "platform/ascii.h"
 #include "platform/code_page.h"
 #include "platform/file.h"
 
 namespace vellobar {
 
 namespace {
-
-constexpr std::string_view kSeparator = "From ";
-constexpr std::string_view kLineEnd = "\r\n";
-constexpr std::size_t kCopyBlock = 64 * 1024;
 
 [[noreturn]] void refuse_cut_message() {
   throw std::system_error(std::make_error_code(std::errc::io_error), "the message cannot be read whole");
@@ -34,17 +31,14 @@ struct StringSink final : platform::ByteSink {
 
 /// A mailbox's "From " is never written between messages; their own separator lines are. Deliberate for a delimiter
 /// that is no longer; see a_delimiter_of_five_characters_is_not_written.
-bool has_delimiters(const CMessages& parts) { return parts.separator().size() > kSeparator.size(); }
+bool has_delimiters(const CMessages& parts) { return parts.separator().size() > mailbox::kSeparator.size(); }
 
-std::string delimiter_of(const CMessages& parts) {
-  return platform::narrow(platform::process_code_page(), parts.separator());
-}
+std::string delimiter_of(const CMessages& parts) { return platform::process_bytes(parts.separator()); }
 
 }  // namespace
 
 void CMessage::Save(std::u16string_view filename) {
-  const std::string path = platform::narrow(platform::process_code_page(), filename);
-  load_tree();
+  const std::string path = platform::process_bytes(filename);
   const bool is_mailbox = owner_ && owner_->control != nullptr && owner_->control->is_locked_file(path);
   if (is_mailbox) throw Error(ErrorNumber::cannot_update_mailbox, Reporter::message);
   write_to_file(path);
@@ -53,17 +47,13 @@ void CMessage::Save(std::u16string_view filename) {
 void CMessage::write_to_file(const std::string& path) {
   if (!mailbox::can_write_separator_lines()) throw Error(ErrorNumber::cannot_update_mailbox, Reporter::message);
   try {
-    // A message that goes onto the file it is read from is put together before that file is emptied.
+    // Put together before the file is emptied: the message or one of its parts may be read from it, and a message that
+    // cannot be read whole must not cost what the file held.
     StringSink whole;
-    const bool is_own_file = file_ && file_->is_same_file(path);
-    if (is_own_file) write(whole, own_place(), true);
+    write(whole, own_place(), true);
     const std::unique_ptr<platform::OutputFile> output = platform::OutputFile::create(path);
     if (!output) throw Error(ErrorNumber::cannot_update_mailbox, Reporter::message);
-    if (is_own_file) {
-      output->write(whole.bytes);
-    } else {
-      write(*output, own_place(), true);
-    }
+    output->write(whole.bytes);
     output->close();
   } catch (const std::system_error&) {
     throw Error(ErrorNumber::cannot_update_mailbox, Reporter::message);
@@ -74,10 +64,10 @@ void CMessage::write(platform::ByteSink& sink, Place place, bool keeps) {
   struct Writer final : mailbox::TreeVisitor {
     explicit Writer(platform::ByteSink& to) : sink(to) {}
     bool visit(CMessage& message, Place at) override { return message.write_own_text(sink, at); }
-    void part_begins(const CMessages& parts) override { write_delimiter(parts, kLineEnd); }
+    void part_begins(const CMessages& parts) override { write_delimiter(parts, platform::kLineEnd); }
     void parts_end(const CMessages& parts) override {
       write_delimiter(parts, "--\r\n");
-      sink.write(kLineEnd);
+      sink.write(platform::kLineEnd);
     }
     void write_delimiter(const CMessages& parts, std::string_view end) {
       if (!has_delimiters(parts)) return;
@@ -103,7 +93,7 @@ bool CMessage::write_own_text(platform::ByteSink& sink, Place place) {
   if (is_cut_short_ || (file_ && file_->failed())) refuse_cut_message();
   write_separator_line(sink, place);
   sink.write(headers_->to_bytes());
-  sink.write(kLineEnd);
+  sink.write(platform::kLineEnd);
   sink.write(*body_);
   return parts_ && parts_->Count() > 0;
 }
@@ -160,8 +150,8 @@ CMessage::Place CMessage::own_place() const {
 
 std::optional<std::string> CMessage::separator_line_for(Place place) const {
   if (place == Place::part) return std::nullopt;
-  std::string line = platform::narrow(platform::process_code_page(), mail_info_);
-  if (!line.starts_with(kSeparator)) return std::nullopt;
+  std::string line = platform::process_bytes(mail_info_);
+  if (!line.starts_with(mailbox::kSeparator)) return std::nullopt;
   return line;
 }
 
@@ -169,7 +159,7 @@ void CMessage::write_separator_line(platform::ByteSink& sink, Place place) const
   const std::optional<std::string> line = separator_line_for(place);
   if (!line) return;
   sink.write(*line);
-  sink.write(kLineEnd);
+  sink.write(platform::kLineEnd);
 }
 
 void CMessage::write_own_bytes(platform::ByteSink& sink, Place place) {
@@ -184,15 +174,7 @@ void CMessage::write_own_bytes(platform::ByteSink& sink, Place place) {
       position = reader.position();
     }
   }
-  const std::int64_t end = std::min(end_, file_->size());
-  std::string block(kCopyBlock, '\0');
-  while (position < end) {
-    const std::size_t wanted = static_cast<std::size_t>(std::min<std::int64_t>(end - position, kCopyBlock));
-    const std::size_t got = file_->read(position, block.data(), wanted);
-    if (got == 0) refuse_cut_message();
-    sink.write(std::string_view(block).substr(0, got));
-    position += static_cast<std::int64_t>(got);
-  }
+  platform::copy_bytes(*file_, position, std::min(end_, file_->size()), sink);
 }
 
 void CMessage::load_tree() {

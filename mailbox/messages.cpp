@@ -8,26 +8,19 @@
 #include "mailbox/line_sink.h"
 #include "mailbox/message.h"
 #include "mailbox/scanner.h"
+#include "mailbox/separator_line.h"
+#include "platform/ascii.h"
 #include "platform/code_page.h"
 #include "platform/file.h"
 
 namespace vellobar {
 
-namespace {
-
-constexpr std::u16string_view kMailboxSeparator = u"From ";
-constexpr std::string_view kLineEnd = "\r\n";
-
-std::string process_bytes(std::u16string_view text) { return platform::narrow(platform::process_code_page(), text); }
-
-}  // namespace
-
 CMessages::CMessages() : CMessages(OwnerLink()) {}
 
-CMessages::CMessages(OwnerLink owner) : owner_(std::move(owner)), separator_(kMailboxSeparator) {}
+CMessages::CMessages(OwnerLink owner) : owner_(std::move(owner)), separator_(mailbox::kWideSeparator) {}
 
 CMessages::CMessages(OwnerLink owner, CMessage& parent)
-    : owner_(std::move(owner)), parent_(&parent), separator_(kMailboxSeparator) {}
+    : owner_(std::move(owner)), parent_(&parent), separator_(mailbox::kWideSeparator) {}
 
 CMessages::~CMessages() {
   for (const std::weak_ptr<CMessage>& removed : removed_) {
@@ -119,7 +112,7 @@ std::shared_ptr<CMessage> CMessages::Add() {
 }
 
 std::shared_ptr<CMessage> CMessages::Add(std::u16string_view filename) {
-  const std::string path = process_bytes(filename);
+  const std::string path = platform::process_bytes(filename);
   if (path.empty()) return Add();
   std::shared_ptr<platform::File> file = platform::File::open(path);
   if (!file) {
@@ -228,7 +221,7 @@ mailbox::ScanResult CMessages::scan_range(std::int64_t from, std::int64_t limit)
     void found(const mailbox::Extent& extent) override { items.push_back({extent, nullptr}); }
     std::deque<Entry>& items;
   };
-  scanned_separator_ = process_bytes(separator_);
+  scanned_separator_ = platform::process_bytes(separator_);
   Sink sink(items_);
   return mailbox::scan(*file_, from, limit, scanned_separator_, sink);
 }
@@ -271,7 +264,7 @@ void CMessages::write(platform::ByteSink& to) {
     entry.object->write(sink, CMessage::Place::alone, keeps);
     if (!keeps) entry.object->drop_what_walking_read(before);
   }
-  if (!items_.empty()) sink.write(kLineEnd);
+  if (!items_.empty()) sink.write(platform::kLineEnd);
 }
 
 }  // namespace vellobar

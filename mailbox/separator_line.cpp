@@ -4,6 +4,6 @@
 
 namespace vellobar::mailbox {
 
-bool can_write_separator_lines() { return platform::narrow(platform::process_code_page(), u"From ") == "From "; }
+bool can_write_separator_lines() { return platform::process_bytes(kWideSeparator) == kSeparator; }
 
 }  // namespace vellobar::mailbox

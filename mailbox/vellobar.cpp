@@ -10,14 +10,12 @@
 #include "mailbox/separator_line.h"
 #include "platform/code_page.h"
 #include "platform/file.h"
-#include "platform/file_replacement.h"
 #include "platform/locale.h"
+#include "platform/overwriting.h"
 
 namespace vellobar {
 
 namespace {
-
-constexpr std::size_t kCopyBlock = 256 * 1024;
 
 std::atomic<std::int32_t>& language() {
   static std::atomic<std::int32_t> value{platform::user_default_locale()};
@@ -26,12 +24,9 @@ std::atomic<std::int32_t>& language() {
 
 /// Copies what was appended to the file behind `position`, also while this runs. Returns how far it came.
 std::int64_t copy_appended_mail(platform::File& file, std::int64_t position, platform::ByteSink& sink) {
-  std::string block(kCopyBlock, '\0');
-  while (position < file.current_size()) {
-    const std::size_t got = file.read(position, block.data(), block.size());
-    if (got == 0) throw std::system_error(std::make_error_code(std::errc::io_error), "read appended mail");
-    sink.write(std::string_view(block).substr(0, got));
-    position += static_cast<std::int64_t>(got);
+  for (std::int64_t end = file.current_size(); position < end; end = file.current_size()) {
+    platform::copy_bytes(file, position, end, sink);
+    position = end;
   }
   return position;
 }
@@ -63,7 +58,12 @@ void CVellobar::SetAutoUpdate(bool on) {
 
 void CVellobar::Lock() {
   if (Locked()) return;
-  std::string path = platform::narrow(platform::process_code_page(), filename_);
+  std::string path = platform::process_bytes(filename_);
+  try {
+    platform::finish_interrupted_replacement(path);
+  } catch (const std::system_error&) {
+    throw Error(ErrorNumber::cannot_open_mailbox, Reporter::vellobar);
+  }
   std::shared_ptr<platform::File> file = platform::File::open(path);
   if (!file) throw Error(ErrorNumber::cannot_open_mailbox, Reporter::vellobar);
   path_ = std::move(path);
@@ -84,6 +84,7 @@ void CVellobar::Update() {
   // A mailbox that is not wholly indexed would be written back with messages missing.
   if (!wholly_indexed_) throw Error(ErrorNumber::cannot_update_mailbox, Reporter::vellobar);
   try {
+    platform::finish_interrupted_replacement(path_);
     write_mailbox();
   } catch (const std::system_error&) {
     throw Error(ErrorNumber::cannot_update_mailbox, Reporter::vellobar);
@@ -105,7 +106,18 @@ void CVellobar::write_mailbox() {
   if (!file_->is_same_file(path_) || file_->current_size() < file_->size()) {
     throw std::system_error(std::make_error_code(std::errc::io_error), "the mailbox was replaced or cut");
   }
-  platform::FileReplacement replacement(path_);
+  using platform::FileReplacement;
+  try {
+    replace_mailbox(FileReplacement::Staging::beside);
+  } catch (const std::system_error& error) {
+    if (!platform::is_out_of_room(error.code())) throw;
+    // Removing mail from a full disk must be possible.
+    replace_mailbox(FileReplacement::Staging::elsewhere);
+  }
+}
+
+void CVellobar::replace_mailbox(platform::FileReplacement::Staging where) {
+  platform::FileReplacement replacement(path_, where);
   messages_->write_mailbox(replacement);
   // Syncing takes a while, in which more mail may be delivered.
   std::int64_t copied = file_->size();

@@ -9,14 +9,11 @@
 #include <string_view>
 
 #include "mailbox/owner.h"
+#include "platform/file_replacement.h"
 
 namespace vellobar {
 
 class CMessages;
-
-namespace platform {
-class File;
-}
 
 class CVellobar {
  public:
@@ -84,6 +81,7 @@ class CVellobar {
  private:
   void new_collection();
   void write_mailbox();
+  void replace_mailbox(platform::FileReplacement::Staging where);
   void update_quietly();
 
   std::u16string filename_;

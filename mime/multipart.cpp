@@ -8,6 +8,7 @@
 #include "headers/headers.h"
 #include "mailbox/message.h"
 #include "mailbox/messages.h"
+#include "mailbox/separator_line.h"
 #include "platform/clock.h"
 #include "platform/code_page.h"
 #include "platform/temporary_file.h"
@@ -41,7 +42,7 @@ void CMessage::become_multipart_for_added_part() {
   }
   const std::shared_ptr<CMessages> parts = Parts();
   // A boundary that no delimiter line ever followed: what is added comes between the first two.
-  if (!parts_boundary_.empty() && parts->separator() == u"From ") parts->set_separator(parts_boundary_);
+  if (!parts_boundary_.empty() && parts->separator() == mailbox::kWideSeparator) parts->set_separator(parts_boundary_);
 }
 
 void CMessage::make_multipart(std::u16string_view subtype) {

@@ -1,6 +1,6 @@
-// ASCII rules for bytes and code units, free of any locale: nearly all header text is ASCII, so finding the ASCII run and widening it are the
-// loops that count. Both work on plain arrays without branches inside a block, for the compiler to turn into vector
-// code.
+// ASCII rules for bytes and code units, free of any locale: nearly all header text is ASCII, so finding the ASCII run
+// and widening it are the loops that count. Both work on plain arrays without branches inside a block, for the compiler
+// to turn into vector code.
 #pragma once
 
 #include <algorithm>
@@ -11,6 +11,9 @@
 #include <string_view>
 
 namespace vellobar::platform {
+
+/// The line end that the component writes.
+inline constexpr std::string_view kLineEnd = "\r\n";
 
 template <typename Character>
 constexpr Character lower_ascii(Character c) noexcept {

@@ -26,6 +26,10 @@ std::string narrow(int code_page, std::u16string_view text);
 int process_code_page() noexcept;
 void set_process_code_page(int code_page) noexcept;
 
+/// Client text as bytes, and bytes as client text, in the process code page.
+std::string process_bytes(std::u16string_view text);
+std::u16string process_text(std::string_view bytes);
+
 /// True when text of ASCII characters alone has the same bytes in the code page (false for UTF-7, where "+" is
 /// special).
 bool keeps_ascii(int code_page) noexcept;

@@ -1,6 +1,7 @@
 #include "platform/file.h"
 
 #include <algorithm>
+#include <system_error>
 #include <utility>
 
 namespace vellobar::platform {
@@ -8,13 +9,15 @@ namespace vellobar::platform {
 namespace {
 
 constexpr std::size_t kOutputBuffer = 256 * 1024;
+constexpr std::int64_t kCopyBlock = 256 * 1024;
 
 }  // namespace
 
 File::File(FileHandle handle, std::int64_t size) noexcept : handle_(std::move(handle)), size_(size) {}
 
-std::shared_ptr<File> File::open(const std::string& path) {
-  FileHandle handle = FileHandle::open_to_read(path);
+std::shared_ptr<File> File::open(const std::string& path) { return of(FileHandle::open(path, Opening::read)); }
+
+std::shared_ptr<File> File::of(FileHandle handle) {
   const std::int64_t size = handle.size();
   if (size < 0) return nullptr;
   return std::shared_ptr<File>(new File(std::move(handle), size));
@@ -32,8 +35,19 @@ void File::close() noexcept {
   size_ = 0;
 }
 
+void copy_bytes(File& from, std::int64_t position, std::int64_t end, ByteSink& to) {
+  std::string block(static_cast<std::size_t>(std::clamp<std::int64_t>(end - position, 0, kCopyBlock)), '\0');
+  while (position < end) {
+    const std::int64_t wanted = std::min(end - position, kCopyBlock);
+    const std::size_t got = from.read(position, block.data(), static_cast<std::size_t>(wanted));
+    if (got == 0) throw std::system_error(std::make_error_code(std::errc::io_error), "the file cannot be read whole");
+    to.write(std::string_view(block).substr(0, got));
+    position += static_cast<std::int64_t>(got);
+  }
+}
+
 std::unique_ptr<OutputFile> OutputFile::create(const std::string& path) {
-  FileHandle handle = FileHandle::create(path);
+  FileHandle handle = FileHandle::open(path, Opening::create);
   return handle.valid() ? std::make_unique<OutputFile>(std::move(handle)) : nullptr;
 }
 

@@ -20,6 +20,8 @@ class File {
  public:
   /// Opens a file for reading. Null when it cannot be opened or has no end to measure (a folder, a pipe).
   static std::shared_ptr<File> open(const std::string& path);
+  /// The same with a file that was opened for reading.
+  static std::shared_ptr<File> of(FileHandle handle);
 
   File(const File&) = delete;
   File& operator=(const File&) = delete;
@@ -48,7 +50,7 @@ class File {
   /// Lets go of the open file for a moment, keeping what was measured, and opens it again. While let go it reads as
   /// empty.
   void suspend() noexcept { handle_ = FileHandle(); }
-  void resume(const std::string& path) noexcept { handle_ = FileHandle::open_to_read(path); }
+  void resume(const std::string& path) noexcept { handle_ = FileHandle::open(path, Opening::read); }
 
  private:
   File(FileHandle handle, std::int64_t size) noexcept;
@@ -65,6 +67,10 @@ class ByteSink {
   virtual ~ByteSink() = default;
   virtual void write(std::string_view bytes) = 0;
 };
+
+/// Writes all from `position` to just before `end` to a sink. Throws std::system_error when the file ends before that,
+/// cannot be read, or the sink fails.
+void copy_bytes(File& from, std::int64_t position, std::int64_t end, ByteSink& to);
 
 /// A file being written from front to back, buffered.
 class OutputFile : public ByteSink {
@@ -84,7 +90,7 @@ class OutputFile : public ByteSink {
   void flush();
   /// Hands over buffered bytes and waits until they are on the disk.
   void sync();
-  /// Hands over buffered bytes, cuts the file at this size, and waits until all of it is on the disk.
+  /// Hands over buffered bytes, cuts the file at this size, and waits until that is on the disk.
   void truncate_and_sync(std::int64_t size);
   /// Hands over buffered bytes and closes.
   void close();

@@ -1,15 +1,20 @@
 // Replacing the content of a file so that a crash, a full disk or a refusal at any moment leaves either the old content
 // or the new one, never a mixture and never less.
 //
-// The new content is written whole to a staging file beside the old one, which gets the old file's owner, mode, access
-// lists and extended attributes; it is synced, and then takes the old file's place in one step. Symbolic links are
-// followed, so the link stays a link.
+// The new content is written whole to a file beside the old one and synced. That file gets the old one's owner, mode,
+// access lists and extended attributes, and then takes its place in one step. Symbolic links are followed, so the link
+// stays a link. On Windows it gets owner and group where the user may give them, the access list, the attribute bits
+// and the time of creation.
 //
-// Where that cannot be done without loss (the file has several hard links, its attributes cannot be given to another
-// file, no file can be made beside it, or the system does not let it be replaced because somebody holds it open) the
-// file is rewritten in place instead: the new content is staged and synced, then the old content is copied to a second
-// file and synced, and only then is the file overwritten. When the overwriting fails, the old content is put back from
-// its copy.
+// Where that cannot be done without loss, the file is overwritten in place: it has several hard links, its attributes
+// cannot be given to another file (on Windows: it has named streams, is compressed or encrypted), no file can be made
+// beside it, or the system does not let it be replaced because somebody holds it open. Before that the old content is
+// copied to a second file, which is synced and only then gets the name that says so. From there to the end of the
+// overwriting both contents are on the disk: when a call fails the old one is put back, and when the process or the
+// system dies `finish_interrupted_replacement` completes one or the other.
+//
+// The files go by fixed names (see staging_files.h) and are held while they are used: of two processes that replace one
+// file at the same time the second one stages elsewhere or is refused.
 #pragma once
 
 #include <memory>
@@ -17,14 +22,19 @@
 #include <string_view>
 
 #include "platform/file.h"
+#include "platform/staging_files.h"
 
 namespace vellobar::platform {
 
 class FileReplacement : public ByteSink {
  public:
+  /// Where the new content is staged: in the file's own folder as long as a file can be made there, or in the folder
+  /// for temporary files.
+  enum class Staging { beside, elsewhere };
+
   /// Prepares to replace an existing regular file. Throws std::system_error, with nothing touched, when the path is
   /// none, when it cannot be opened for writing, or when there is nowhere to stage the new content.
-  explicit FileReplacement(const std::string& path);
+  explicit FileReplacement(const std::string& path, Staging where = Staging::beside);
   /// Without a commit, removes what was staged; the old file is as it was.
   ~FileReplacement() override;
   FileReplacement(const FileReplacement&) = delete;
@@ -42,15 +52,16 @@ class FileReplacement : public ByteSink {
   void commit(File& old_file);
 
  private:
-  bool stage_beside();
-  void stage_elsewhere();
+  bool stage(StagingFiles files);
   bool put_in_place_by_renaming(File& old_file);
+  void keep_old_content();
   void rewrite_in_place();
 
   std::string path_;
-  std::string staged_path_;
+  StagingFiles files_;
   std::unique_ptr<OutputFile> staged_;
-  bool rename_ = false;
+  bool can_rename_ = false;
+  bool leaves_files_ = false;  ///< the staged file has another name now, or is needed to recover
 };
 
 }  // namespace vellobar::platform

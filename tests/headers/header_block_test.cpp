@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/file.h"
+#include "tests/support/faulty_file_system.h"
 #include "tests/support/mailboxes.h"
 
 namespace vellobar {
@@ -86,6 +87,20 @@ TEST(HeaderBlock, a_message_whose_first_header_line_is_20000_bytes_long_has_no_h
   Mailbox box("From a\nX: " + std::string(20000, 'v') + "\n\n");
   box.control().Lock();
   tests::expect_error(ErrorNumber::cannot_load_headers, Reporter::message, [&] { box.message(0)->Headers(); });
+}
+
+TEST(HeaderBlock, that_cannot_be_read_from_the_disk_is_30006_until_it_can) {
+  Mailbox box("From a\nX: 1\nY: 2\n\nbody\n");
+  box.control().Lock();
+  for (const std::int64_t position : {0, 8, 14, 17}) {
+    tests::FaultyFileSystem failing;
+    failing.fail_reads_from(position);
+    const platform::FixedFileSystem fixed(failing);
+    tests::expect_error(ErrorNumber::cannot_load_headers, Reporter::message, [&] { box.message(0)->Headers(); });
+    tests::expect_error(ErrorNumber::cannot_load_text, Reporter::message, [&] { box.message(0)->Text(); });
+  }
+  EXPECT_EQ(box.message(0)->Headers()->ToString(), u"X: 1\r\nY: 2\r\n");
+  EXPECT_EQ(box.message(0)->Text(), u"body\n");
 }
 
 TEST(HeaderBlock, headers_returns_the_same_collection_every_time) {

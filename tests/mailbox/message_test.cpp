@@ -224,6 +224,29 @@ TEST(Message, save_onto_the_file_that_the_message_is_read_from_keeps_the_text) {
   EXPECT_EQ(tests::read_file(path), "A: b\r\n\r\nbody\n");
 }
 
+TEST(Message, save_onto_the_file_that_a_part_is_read_from_keeps_the_part) {
+  const std::string part = "X: " + std::string(20000, 'v') + "\n\nunreadable\n";
+  Mailbox box(kOneMessage);
+  box.control().Lock();
+  const std::string path = box.folder().file("part.eml", part);
+  const auto message = box.message(0);
+  message->Parts()->Add(wide(path));
+  message->Save(wide(path));
+  const std::string saved = tests::read_file(path);
+  EXPECT_TRUE(saved.find("line 1\nline 2\n") != saved.npos) << "the message itself";
+  EXPECT_TRUE(saved.find("\r\n" + part + "--") != saved.npos) << "its part, as its own bytes";
+}
+
+TEST(Message, save_of_a_message_that_cannot_be_read_whole_leaves_the_destination_alone) {
+  Mailbox box(kOneMessage);
+  box.control().Lock();
+  const auto message = box.message(0);
+  box.control().Unlock();
+  const std::string path = box.folder().file("saved.eml", "precious");
+  expect_error(ErrorNumber::cannot_update_mailbox, Reporter::message, [&] { message->Save(wide(path)); });
+  EXPECT_EQ(tests::read_file(path), "precious");
+}
+
 TEST(Message, peek_reports_the_file_size_as_bytes_and_one_line) {
   tests::TemporaryFolder folder;
   CMessage message;

@@ -83,6 +83,17 @@ TEST(Vellobar, filename_put_while_locked_is_refused_and_keeps_the_old_name) {
   EXPECT_EQ(box.control().Filename(), wide(box.path()));
 }
 
+TEST(Vellobar, filename_set_to_the_identical_string_keeps_it) {
+  const std::u16string name(300, u'm');
+  CVellobar control;
+  control.SetFilename(name);
+  const char16_t* const stored = control.Filename().data();
+  control.SetFilename(control.Filename());
+  EXPECT_EQ(control.Filename(), name);
+  EXPECT_EQ(control.Filename().data(), stored) << "a string of its own place is not copied anew";
+  EXPECT_FALSE(control.Changed());
+}
+
 TEST(Vellobar, filename_set_to_an_empty_value_is_cleared) {
   CVellobar control;
   control.SetFilename(u"some.mbox");

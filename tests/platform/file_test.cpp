@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "platform/temporary_file.h"
+#include "tests/support/faulty_file_system.h"
 #ifndef _WIN32
 #include <sys/stat.h>
 #endif
@@ -198,6 +199,55 @@ TEST(OutputFile, bytes_arrive_whole_and_in_order_around_the_edges_of_the_buffer)
       EXPECT_TRUE(content == std::string(first, 'a') + std::string(second, 'b') + "end") << first << " " << second;
     }
   }
+}
+
+TEST(OutputFile, repeats_calls_that_were_interrupted_and_goes_on_after_short_ones) {
+  const std::string bytes = "0123456789";
+  for (const tests::Fault fault : {tests::Fault::fails, tests::Fault::writes_short}) {
+    for (std::int64_t at = 0; at < 3; ++at) {
+      const Scratch scratch;
+      tests::FaultyFileSystem faulty(fault, at, std::make_error_code(std::errc::interrupted));
+      const FixedFileSystem fixed(faulty);
+      const auto file = OutputFile::create(scratch.path());
+      ASSERT_NE(file, nullptr);
+      file->write(bytes);
+      file->sync();
+      file->close();
+      EXPECT_EQ(scratch.content(), bytes) << at;
+      const std::int64_t undisturbed = 4;  // create, write, sync, close
+      const bool was_short_elsewhere = fault == tests::Fault::writes_short && at != 1;
+      EXPECT_EQ(faulty.changes(), was_short_elsewhere ? undisturbed : undisturbed + 1) << at;
+    }
+  }
+}
+
+TEST(OutputFile, that_was_not_closed_as_it_should_says_so) {
+  const Scratch scratch;
+  tests::FaultyFileSystem faulty(tests::Fault::fails, 2);
+  const FixedFileSystem fixed(faulty);
+  const auto file = OutputFile::create(scratch.path());
+  file->write("text");
+  EXPECT_THROW(file->close(), std::system_error);
+}
+
+TEST(File, that_cannot_be_read_to_its_end_is_not_copied) {
+  struct Nowhere final : ByteSink {
+    void write(std::string_view more) override { size += more.size(); }
+    std::size_t size = 0;
+  } sink;
+  const Scratch scratch;
+  scratch.fill("0123456789");
+  tests::FaultyFileSystem faulty;
+  const FixedFileSystem fixed(faulty);
+  const auto file = File::open(scratch.path());
+  copy_bytes(*file, 3, 10, sink);
+  EXPECT_EQ(sink.size, 7u);
+  copy_bytes(*file, 10, 10, sink);
+  EXPECT_EQ(sink.size, 7u);
+  EXPECT_THROW(copy_bytes(*file, 3, 11, sink), std::system_error);
+  faulty.fail_reads_from(5);
+  EXPECT_THROW(copy_bytes(*file, 0, 10, sink), std::system_error);
+  EXPECT_TRUE(file->failed());
 }
 
 TEST(OutputFile, a_byte_at_a_time_arrives_whole) {

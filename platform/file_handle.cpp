@@ -1,0 +1,105 @@
+#include "platform/file_handle.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace vellobar::platform {
+
+namespace {
+
+/// Makes a call until it is not interrupted.
+template <typename Call>
+std::error_code uninterrupted(Call call) noexcept {
+  std::error_code failure;
+  do {
+    failure = call();
+  } while (failure == std::errc::interrupted);
+  return failure;
+}
+
+template <typename Call>
+void require(const char* doing, Call call) {
+  if (const std::error_code failure = uninterrupted(call)) throw std::system_error(failure, doing);
+}
+
+}  // namespace
+
+FileHandle::FileHandle(FileHandle&& other) noexcept : file_(std::exchange(other.file_, kNoFile)) {}
+
+FileHandle& FileHandle::operator=(FileHandle&& other) noexcept {
+  // What was open before is closed with the one that moves out.
+  FileHandle moved(std::move(other));
+  std::swap(file_, moved.file_);
+  return *this;
+}
+
+FileHandle::~FileHandle() {
+  // Whoever must know that all went well closes before.
+  if (valid()) static_cast<void>(file_system().close(file_));
+}
+
+FileHandle FileHandle::open(const std::string& path, Opening how, std::error_code* failure) noexcept {
+  OpenFile file = kNoFile;
+  const std::error_code refused = uninterrupted([&] { return file_system().open(path, how, file); });
+  if (failure != nullptr) *failure = refused;
+  return FileHandle(refused ? kNoFile : file);
+}
+
+std::size_t FileHandle::read_at(std::int64_t position, void* to, std::size_t count, bool& failed) const noexcept {
+  std::size_t done = 0;
+  while (done < count) {
+    std::size_t got = 0;
+    const std::error_code failure = uninterrupted([&] {
+      return file_system().read(file_, position + static_cast<std::int64_t>(done), static_cast<char*>(to) + done,
+                                count - done, got);
+    });
+    failed = failed || failure;
+    if (failure || got == 0) break;
+    done += got;
+  }
+  return done;
+}
+
+void FileHandle::write(std::string_view bytes) {
+  while (!bytes.empty()) {
+    std::size_t put = 0;
+    require("write", [&] { return file_system().write(file_, bytes, put); });
+    bytes.remove_prefix(put);
+  }
+}
+
+void FileHandle::truncate(std::int64_t size) {
+  require("truncate", [&] { return file_system().truncate(file_, size); });
+}
+
+void FileHandle::sync() {
+  require("sync", [&] { return file_system().sync(file_); });
+}
+
+void FileHandle::close() {
+  // Not repeated: an interrupted call has closed the file as well.
+  if (const std::error_code failure = file_system().close(std::exchange(file_, kNoFile))) {
+    throw std::system_error(failure, "close");
+  }
+}
+
+bool copy_attributes(const std::string& from, const std::string& to) noexcept {
+  return std::none_of(std::begin(kAllAttributes), std::end(kAllAttributes), [&](Attributes which) {
+    return uninterrupted([&] { return file_system().copy_attributes(which, from, to); });
+  });
+}
+
+void rename_over(const std::string& from, const std::string& to) {
+  require("rename", [&] { return file_system().rename(from, to); });
+}
+
+void sync_folder_of(const std::string& path) {
+  require("sync folder", [&] { return file_system().sync_folder_of(path); });
+}
+
+bool remove_file(const std::string& path) noexcept {
+  return !uninterrupted([&] { return file_system().remove(path); });
+}
+
+}  // namespace vellobar::platform

@@ -1,0 +1,145 @@
+#include "platform/overwriting.h"
+
+#include <algorithm>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+#include "platform/staging_files.h"
+
+namespace vellobar::platform {
+
+namespace {
+
+constexpr std::int64_t kBlock = 64 * 1024;
+
+[[noreturn]] void refuse(std::errc reason, const char* doing) {
+  throw std::system_error(std::make_error_code(reason), doing);
+}
+
+std::shared_ptr<File> open(const std::string& path) {
+  std::shared_ptr<File> file = File::open(path);
+  if (!file) refuse(std::errc::io_error, "open to copy");
+  return file;
+}
+
+/// Blocks of a file from front to back, followed by zeros.
+class Blocks {
+ public:
+  explicit Blocks(File& file) : file_(file), bytes_(kBlock, '\0') {}
+
+  std::string_view at(std::int64_t position, std::size_t size) {
+    const std::size_t got = file_.read(position, bytes_.data(), size);
+    std::fill(bytes_.begin() + static_cast<std::ptrdiff_t>(got), bytes_.end(), '\0');
+    return std::string_view(bytes_).substr(0, size);
+  }
+
+ private:
+  File& file_;
+  std::string bytes_;
+};
+
+/// True when each byte is one of the old or of the new content.
+bool is_mixed(std::string_view bytes, std::string_view old, std::string_view fresh) {
+  if (bytes == old || bytes == fresh) return true;
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    if (bytes[i] != old[i] && bytes[i] != fresh[i]) return false;
+  }
+  return true;
+}
+
+/// True when the file is what overwriting the old content with the new one may leave, with or without more behind it.
+bool is_half_overwritten(File& file, File& old, File& fresh) {
+  const std::int64_t size = std::max(old.size(), fresh.size());
+  if (file.size() < size) return false;
+  Blocks blocks(file), old_blocks(old), fresh_blocks(fresh);
+  for (std::int64_t at = 0; at < size; at += kBlock) {
+    const std::size_t count = static_cast<std::size_t>(std::min(size - at, kBlock));
+    if (!is_mixed(blocks.at(at, count), old_blocks.at(at, count), fresh_blocks.at(at, count))) return false;
+  }
+  return !file.failed() && !old.failed() && !fresh.failed();
+}
+
+bool starts_with(File& file, File& content) {
+  Blocks blocks(file), wanted(content);
+  for (std::int64_t at = 0; at < content.size(); at += kBlock) {
+    const std::size_t count = static_cast<std::size_t>(std::min(content.size() - at, kBlock));
+    if (blocks.at(at, count) != wanted.at(at, count)) return false;
+  }
+  return file.size() >= content.size();
+}
+
+void overwrite_front(const std::string& path, File& content) {
+  FileHandle handle = FileHandle::open(path, Opening::overwrite);
+  if (!handle.valid()) refuse(std::errc::permission_denied, "open to overwrite");
+  OutputFile output(std::move(handle));
+  copy_bytes(content, 0, content.size(), output);
+  output.sync();
+  output.close();
+}
+
+/// Completes the larger of the two contents. A file that is neither a mixture nor one of the two was changed by
+/// somebody since: then the old content keeps its file, under another name.
+void complete(const std::string& path, const StagingFiles& files, File& old, File& fresh) {
+  const std::shared_ptr<File> file = File::open(path);
+  if (!file) return;
+  if (is_half_overwritten(*file, old, fresh)) {
+    overwrite_front(path, old.size() > fresh.size() ? old : fresh);
+  } else if (!starts_with(*file, old) && !starts_with(*file, fresh)) {
+    rename_over(files.old, files.old + "-kept");
+  }
+}
+
+/// A file that nobody holds, or none; false for one that must be left alone.
+bool claim(const std::string& path, std::shared_ptr<File>& file) {
+  std::error_code failure;
+  file = File::of(FileHandle::open(path, Opening::claim, &failure));
+  return file || failure == std::errc::no_such_file_or_directory;
+}
+
+void finish(const std::string& path, const StagingFiles& files) {
+  std::shared_ptr<File> fresh, old, copy;
+  if (!claim(files.fresh, fresh) || !claim(files.old, old) || !claim(files.copy, copy)) return;
+  // Without the new content nothing was overwritten.
+  if (old) complete(path, files, *old, fresh ? *fresh : *old);
+  if (old && !remove_staged(files.old)) return;
+  if (copy) remove_file(files.copy);
+  if (fresh) remove_file(files.fresh);
+}
+
+}  // namespace
+
+void copy_file(const std::string& from, ByteSink& to) {
+  const std::shared_ptr<File> source = open(from);
+  copy_bytes(*source, 0, source->size(), to);
+}
+
+void overwrite(const std::string& path, const std::string& content_path) {
+  const std::shared_ptr<File> content = open(content_path);
+  FileHandle handle = FileHandle::open(path, Opening::overwrite);
+  const std::int64_t size = handle.size();
+  if (size < 0) refuse(std::errc::permission_denied, "open to overwrite");
+  if (size < content->size()) {
+    handle.truncate(content->size());
+    handle.sync();
+  }
+  OutputFile output(std::move(handle));
+  copy_bytes(*content, 0, content->size(), output);
+  output.sync();
+  if (size > content->size()) output.truncate_and_sync(content->size());
+  output.close();
+}
+
+bool remove_staged(const std::string& path) noexcept {
+  const std::error_code failure = file_system().remove(path);
+  const bool is_gone = !failure || failure == std::errc::no_such_file_or_directory;
+  return is_gone && !file_system().sync_folder_of(path);
+}
+
+void finish_interrupted_replacement(const std::string& path) {
+  const std::string followed = followed_path(path);
+  finish(followed, staging_files_beside(followed));
+  finish(followed, staging_files_elsewhere(followed));
+}
+
+}  // namespace vellobar::platform

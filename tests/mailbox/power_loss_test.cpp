@@ -1,0 +1,93 @@
+// Updates that are cut off by a power loss, with everything that the disk may then hold.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <optional>
+#include <random>
+#include <set>
+
+#include "platform/staging_files.h"
+#include "tests/support/mailboxes.h"
+#include "tests/support/power_loss.h"
+#include "tests/support/update_cases.h"
+
+namespace vellobar {
+namespace {
+
+using tests::Change;
+using tests::Disk;
+using tests::MailboxEdit;
+using tests::MailboxShape;
+using tests::MailboxToBreak;
+using tests::RecordingFileSystem;
+using tests::Way;
+
+constexpr int kImagesOfEachMoment = 5;
+
+/// Puts the files of an image on the real disk, and locks the mailbox as whoever comes next does.
+std::string content_after_next_lock(MailboxToBreak& box, const Disk::Image& image) {
+  box.reset({});
+  for (const auto& [path, content] : image) tests::write_file(path, content);
+  RecordingFileSystem not_waiting_for_the_disk(box.paths());
+  const platform::FixedFileSystem fixed(not_waiting_for_the_disk);
+  CVellobar next;
+  box.lock(next);
+  EXPECT_EQ(box.leftovers(), std::vector<std::string>());
+  return box.content();
+}
+
+class PowerLoss : public testing::TestWithParam<Way> {
+ protected:
+  /// Notes every change of an update, and what it makes of the mailbox.
+  void record(MailboxToBreak& box, const MailboxShape& shape, const MailboxEdit& edit) {
+    box.reset(shape.content);
+    CVellobar control;
+    box.lock(control);
+    edit.make(control);
+    const std::vector<std::string> paths = box.paths();
+    disk_.emplace(paths);
+    RecordingFileSystem recording(paths);
+    const platform::FixedFileSystem fixed(recording);
+    control.Update();
+    changes_ = recording.changes();
+    updated_ = box.content();
+  }
+
+  std::optional<Disk> disk_;
+  std::vector<Change> changes_;
+  std::string updated_;
+};
+
+TEST_P(PowerLoss, at_any_moment_of_an_update_leaves_the_old_or_the_new_mailbox) {
+  MailboxToBreak box(GetParam());
+  std::mt19937 random(20240229);
+  int images = 0, old = 0;
+  for (const MailboxShape& shape : tests::mailbox_shapes()) {
+    for (const MailboxEdit& edit : tests::mailbox_edits()) {
+      SCOPED_TRACE(testing::Message() << shape.name << ", " << edit.name);
+      record(box, shape, edit);
+      std::set<Disk::Image> seen;
+      for (std::size_t made = 0; made <= changes_.size(); ++made) {
+        if (made > 0) disk_->make(changes_[made - 1]);
+        for (int i = 0; i < kImagesOfEachMoment; ++i) {
+          Disk::Image image = disk_->after_power_loss(random);
+          ++images;
+          ASSERT_TRUE(image.count(box.path())) << "no mailbox after " << made << " changes";
+          if (seen.count(image)) continue;
+          const std::string content = content_after_next_lock(box, image);
+          ASSERT_TRUE(content == shape.content || content == updated_) << "after " << made << " changes";
+          old += content == shape.content;
+          seen.insert(std::move(image));
+        }
+      }
+    }
+  }
+  EXPECT_GT(images, 6'666) << "all ways together make 20,000";
+  EXPECT_GT(old, 0);
+  RecordProperty("images", images);
+}
+
+INSTANTIATE_TEST_SUITE_P(Update, PowerLoss, testing::ValuesIn(tests::kWays));
+
+}  // namespace
+}  // namespace vellobar

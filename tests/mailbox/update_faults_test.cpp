@@ -1,0 +1,260 @@
+// Updates that die or fail at every change they make to the disk.
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+#include "tests/support/faulty_file_system.h"
+#include "tests/support/mailboxes.h"
+#include "tests/support/update_cases.h"
+
+namespace vellobar {
+namespace {
+
+using tests::Fault;
+using tests::FaultyFileSystem;
+using tests::kWays;
+using tests::MailboxEdit;
+using tests::MailboxShape;
+using tests::MailboxToBreak;
+using tests::Way;
+
+#ifdef _WIN32
+const std::error_code kQuota(1295, std::system_category());
+#else
+const std::error_code kQuota(EDQUOT, std::generic_category());
+#endif
+
+const std::error_code kFailures[] = {
+    std::make_error_code(std::errc::io_error),          std::make_error_code(std::errc::no_space_on_device), kQuota,
+    std::make_error_code(std::errc::permission_denied), std::make_error_code(std::errc::interrupted),
+};
+
+/// Updates through this file system. False when it was refused, as it may be: with 30002.
+bool update(CVellobar& control, FaultyFileSystem& faulty) {
+  const platform::FixedFileSystem fixed(faulty);
+  try {
+    control.Update();
+    return true;
+  } catch (const Error& error) {
+    EXPECT_EQ(static_cast<int>(error.number()), static_cast<int>(ErrorNumber::cannot_update_mailbox));
+    return false;
+  }
+}
+
+/// What an undisturbed update makes of a mailbox, and how many changes of the disk it takes.
+struct Undisturbed {
+  std::string content;
+  std::int64_t changes = 0;
+};
+
+Undisturbed undisturbed(MailboxToBreak& box, const MailboxShape& shape, const MailboxEdit& edit) {
+  box.reset(shape.content);
+  CVellobar control;
+  box.lock(control);
+  edit.make(control);
+  FaultyFileSystem faultless;
+  EXPECT_TRUE(update(control, faultless));
+  return {box.content(), faultless.changes()};
+}
+
+/// Runs an update that dies, as the process would: nothing of it is left but what is on the disk.
+void update_and_die(MailboxToBreak& box, const MailboxShape& shape, const MailboxEdit& edit, Fault fault,
+                    std::int64_t at) {
+  box.reset(shape.content);
+  FaultyFileSystem dying(fault, at);
+  CVellobar control;
+  box.lock(control);
+  edit.make(control);
+  update(control, dying);
+}
+
+/// Locks the mailbox as the next process does; tells how that left it.
+std::string content_after_next_lock(MailboxToBreak& box) {
+  FaultyFileSystem faultless;
+  const platform::FixedFileSystem not_waiting_for_the_disk(faultless);
+  CVellobar next;
+  box.lock(next);
+  EXPECT_EQ(box.leftovers(), std::vector<std::string>());
+  return box.content();
+}
+
+class UpdateThatDies : public testing::TestWithParam<Way> {};
+
+TEST_P(UpdateThatDies, at_any_change_before_or_after_leaves_the_old_or_the_new_mailbox) {
+  MailboxToBreak box(GetParam());
+  std::int64_t deaths = 0, old = 0, updated = 0;
+  for (const MailboxShape& shape : tests::mailbox_shapes()) {
+    // Staged elsewhere the changes are the same as over the old one.
+    if (GetParam() == Way::staged_elsewhere && shape.content.size() > 200) continue;
+    for (const MailboxEdit& edit : tests::mailbox_edits()) {
+      SCOPED_TRACE(testing::Message() << shape.name << ", " << edit.name);
+      const Undisturbed expected = undisturbed(box, shape, edit);
+      for (std::int64_t at = 0; at < expected.changes; ++at) {
+        for (const Fault fault : {Fault::dies_before, Fault::dies_after}) {
+          update_and_die(box, shape, edit, fault, at);
+          const std::string content = content_after_next_lock(box);
+          ++deaths;
+          if (content == shape.content) {
+            ++old;
+          } else if (content == expected.content) {
+            ++updated;
+          } else {
+            FAIL() << "neither old nor new after dying at change " << at << " of " << expected.changes;
+          }
+        }
+      }
+    }
+  }
+  EXPECT_GT(old, deaths / 20);
+  EXPECT_GT(updated, deaths / 20);
+  RecordProperty("deaths", static_cast<int>(deaths));
+}
+
+TEST_P(UpdateThatDies, keeps_mail_that_is_appended_before_the_next_lock) {
+  constexpr std::string_view kLate = "From late\n\nlate\n";
+  MailboxToBreak box(GetParam());
+  for (const MailboxShape& shape : tests::mailbox_shapes()) {
+    for (const MailboxEdit& edit : tests::mailbox_edits()) {
+      if (edit.name != std::string_view("messages added") && edit.name != std::string_view("first message removed")) {
+        continue;
+      }
+      SCOPED_TRACE(testing::Message() << shape.name << ", " << edit.name);
+      const Undisturbed expected = undisturbed(box, shape, edit);
+      for (std::int64_t at = 0; at < expected.changes; ++at) {
+        update_and_die(box, shape, edit, Fault::dies_after, at);
+        tests::append_to_file(box.path(), kLate);
+        const std::string content = content_after_next_lock(box);
+        EXPECT_TRUE(content == shape.content + std::string(kLate) || content == expected.content + std::string(kLate))
+            << "change " << at << " of " << expected.changes;
+      }
+    }
+  }
+}
+
+TEST_P(UpdateThatDies, is_completed_also_when_completing_it_dies) {
+  MailboxToBreak box(GetParam());
+  const MailboxShape& shape = tests::mailbox_shapes()[2];
+  for (const MailboxEdit& edit : tests::mailbox_edits()) {
+    SCOPED_TRACE(edit.name);
+    const Undisturbed expected = undisturbed(box, shape, edit);
+    for (std::int64_t at = 0; at < expected.changes; ++at) {
+      for (std::int64_t next_at = 0;; ++next_at) {
+        update_and_die(box, shape, edit, Fault::dies_before, at);
+        FaultyFileSystem dying(Fault::dies_after, next_at);
+        {
+          const platform::FixedFileSystem fixed(dying);
+          CVellobar next;
+          try {
+            box.lock(next);
+          } catch (const Error&) {
+            // It died.
+          }
+        }
+        const std::string content = content_after_next_lock(box);
+        EXPECT_TRUE(content == shape.content || content == expected.content) << at << ", then " << next_at;
+        if (next_at >= dying.changes()) break;
+      }
+    }
+  }
+}
+
+class UpdateThatFails : public testing::TestWithParam<Way> {};
+
+/// Shapes and edits enough to make every kind of change.
+template <typename Check>
+void for_some_cases(MailboxToBreak& box, Check check) {
+  for (const char* wanted : {"two messages", "multipart between others", "larger than a buffer"}) {
+    for (const MailboxShape& shape : tests::mailbox_shapes()) {
+      if (shape.name != std::string_view(wanted)) continue;
+      for (const MailboxEdit& edit : tests::mailbox_edits()) {
+        SCOPED_TRACE(testing::Message() << shape.name << ", " << edit.name);
+        const Undisturbed expected = undisturbed(box, shape, edit);
+        for (std::int64_t at = 0; at < expected.changes; ++at) check(shape, edit, expected, at);
+      }
+    }
+  }
+}
+
+TEST_P(UpdateThatFails, at_any_change_is_30002_with_the_old_mailbox_whole_and_a_later_one_succeeds) {
+  MailboxToBreak box(GetParam());
+  std::int64_t refused = 0;
+  for_some_cases(box,
+                 [&](const MailboxShape& shape, const MailboxEdit& edit, const Undisturbed& expected, std::int64_t at) {
+                   for (const std::error_code& failure : kFailures) {
+                     box.reset(shape.content);
+                     CVellobar control;
+                     box.lock(control);
+                     edit.make(control);
+                     const std::int64_t count = control.Messages()->Count();
+                     FaultyFileSystem faulty(Fault::fails, at, failure);
+                     if (!update(control, faulty)) {
+                       ++refused;
+                       EXPECT_TRUE(box.content() == shape.content) << failure.message() << " at " << at;
+                       EXPECT_TRUE(control.Locked());
+                       EXPECT_EQ(control.Messages()->Count(), count);
+                       FaultyFileSystem faultless;
+                       EXPECT_TRUE(update(control, faultless));
+                     }
+                     EXPECT_TRUE(box.content() == expected.content) << failure.message() << " at " << at;
+                     EXPECT_EQ(content_after_next_lock(box).size(), expected.content.size());
+                   }
+                 });
+  EXPECT_GT(refused, 0);
+}
+
+TEST_P(UpdateThatFails, to_write_everything_at_once_writes_the_rest) {
+  MailboxToBreak box(GetParam());
+  for_some_cases(box,
+                 [&](const MailboxShape& shape, const MailboxEdit& edit, const Undisturbed& expected, std::int64_t at) {
+                   box.reset(shape.content);
+                   CVellobar control;
+                   box.lock(control);
+                   edit.make(control);
+                   FaultyFileSystem faulty(Fault::writes_short, at);
+                   EXPECT_TRUE(update(control, faulty));
+                   EXPECT_TRUE(box.content() == expected.content) << at;
+                 });
+}
+
+TEST_P(UpdateThatFails, at_every_change_from_one_on_leaves_what_the_next_lock_makes_whole) {
+  MailboxToBreak box(GetParam());
+  for_some_cases(box,
+                 [&](const MailboxShape& shape, const MailboxEdit& edit, const Undisturbed& expected, std::int64_t at) {
+                   box.reset(shape.content);
+                   {
+                     CVellobar control;
+                     box.lock(control);
+                     edit.make(control);
+                     FaultyFileSystem faulty(Fault::fails_from, at);
+                     update(control, faulty);
+                   }
+                   const std::string content = content_after_next_lock(box);
+                   EXPECT_TRUE(content == shape.content || content == expected.content) << at;
+                 });
+}
+
+TEST(Update, that_cannot_read_a_message_is_30002_and_leaves_the_mailbox_alone) {
+  MailboxToBreak box(Way::by_renaming);
+  for (const MailboxShape& shape : tests::mailbox_shapes()) {
+    SCOPED_TRACE(shape.name);
+    const std::int64_t size = static_cast<std::int64_t>(shape.content.size());
+    for (const std::int64_t position : {std::int64_t{0}, size / 3, size / 2, size - 1}) {
+      if (size == 0) continue;
+      box.reset(shape.content);
+      CVellobar control;
+      box.lock(control);
+      FaultyFileSystem failing;
+      failing.fail_reads_from(position);
+      EXPECT_FALSE(update(control, failing)) << position;
+      EXPECT_TRUE(box.content() == shape.content);
+      EXPECT_TRUE(control.Locked());
+      EXPECT_EQ(box.leftovers(), std::vector<std::string>());
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Update, UpdateThatDies, testing::ValuesIn(kWays));
+INSTANTIATE_TEST_SUITE_P(Update, UpdateThatFails, testing::ValuesIn(kWays));
+
+}  // namespace
+}  // namespace vellobar

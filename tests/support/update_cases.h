@@ -1,0 +1,63 @@
+// Mailboxes of every shape and edits of every kind, for tests that let an update go wrong, and the three ways in which
+// an update puts its result in place.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "mailbox/vellobar.h"
+#include "platform/temporary_file.h"
+#include "tests/support/files.h"
+
+namespace vellobar::tests {
+
+struct MailboxShape {
+  const char* name;
+  std::string content;
+};
+
+/// 22 mailboxes.
+const std::vector<MailboxShape>& mailbox_shapes();
+
+struct MailboxEdit {
+  const char* name;
+  /// Changes something in a locked mailbox whatever it holds, as a client would.
+  std::function<void(CVellobar&)> make;
+};
+
+/// 10 edits; what each one writes depends on the mailbox alone.
+const std::vector<MailboxEdit>& mailbox_edits();
+
+/// How the new mailbox takes the old one's place.
+enum class Way {
+  by_renaming,
+  over_the_old_one,  ///< the file has a second hard link
+  staged_elsewhere,  ///< no file can be made beside the mailbox
+};
+inline constexpr Way kWays[] = {Way::by_renaming, Way::over_the_old_one, Way::staged_elsewhere};
+
+/// A folder with one mailbox, which can be given the same content again and again, and a folder for temporary files.
+class MailboxToBreak {
+ public:
+  explicit MailboxToBreak(Way way);
+
+  const std::string& path() const { return path_; }
+  /// Makes this the content of the mailbox and removes every other file.
+  void reset(const std::string& content);
+  std::string content() const { return read_file(path_); }
+  /// Paths of all files in both folders.
+  std::vector<std::string> paths() const;
+  /// Those of them that belong to a replacement that was not finished.
+  std::vector<std::string> leftovers() const;
+
+  /// Opens the mailbox.
+  void lock(CVellobar& control) const;
+
+ private:
+  TemporaryFolder folder_, temporary_;
+  platform::FixedTemporaryFolder fixed_;
+  std::string path_, link_;
+};
+
+}  // namespace vellobar::tests
