@@ -120,8 +120,8 @@ NewFile make_new_file(const fs::path& folder, const std::string& name) {
       path += " (" + std::to_string(number) + ")";
       path += wanted.extension();
     }
-    platform::FileHandle handle =
-        platform::FileHandle::open(system_path(from_library_path(path)), platform::Opening::create_new);
+    const std::string system_name = system_path(from_library_path(path));
+    platform::FileHandle handle = platform::FileHandle::open(system_name, platform::Opening::create_new);
     if (handle.valid()) return {std::move(path), std::move(handle)};
     std::error_code ignored;
     if (!fs::exists(fs::symlink_status(path, ignored))) throw Failure("cannot write " + shown(path));

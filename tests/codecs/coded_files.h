@@ -2,8 +2,6 @@
 // get.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <cstdint>
 #include <cstdio>
 #include <fstream>
@@ -14,15 +12,14 @@
 #include <utility>
 
 #include "platform/file.h"
+#include "tests/support/files.h"
 
 namespace vellobar::codecs {
 
-/// A path in the test's temporary folder; what stands there is deleted first and last.
+/// A path in a folder that only this process uses; what stands there is deleted first and last.
 class ScratchPath {
  public:
-  explicit ScratchPath(std::string_view name) : path_(testing::TempDir() + "vellobar_codecs_" + std::string(name)) {
-    std::remove(path_.c_str());
-  }
+  explicit ScratchPath(std::string_view name) : path_(folder().path(name)) { std::remove(path_.c_str()); }
   ~ScratchPath() { std::remove(path_.c_str()); }
   ScratchPath(const ScratchPath&) = delete;
   ScratchPath& operator=(const ScratchPath&) = delete;
@@ -40,6 +37,11 @@ class ScratchPath {
   bool exists() const { return std::ifstream(path_).good(); }
 
  private:
+  static const tests::TemporaryFolder& folder() {
+    static const tests::TemporaryFolder made;
+    return made;
+  }
+
   std::string path_;
 };
 
