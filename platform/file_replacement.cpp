@@ -103,8 +103,6 @@ void FileReplacement::keep_old_content() {
     copy_file(path_, copy);
     copy.sync();
     copy.close();
-    // The new content must not go by a name that a power loss takes away, once the old one has its own.
-    sync_folder_of(files_.copy);
     rename_over(files_.copy, files_.old);
     sync_folder_of(files_.old);
   } catch (...) {

@@ -14,7 +14,7 @@
 // system dies `finish_interrupted_replacement` completes one or the other.
 //
 // For the moment of putting the new content in place the file is locked against programs that deliver mail and look at
-// such locks.
+// such locks. On Windows, where no file is replaced while it is open, the lock is given up right before the renaming.
 //
 // The files go by fixed names (see staging_files.h) and are held while they are used: of two processes that replace one
 // file at the same time the second one stages elsewhere or is refused.

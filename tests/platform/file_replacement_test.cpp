@@ -57,22 +57,25 @@ class Replaced {
   std::string path_;
 };
 
-class StagedContent : public testing::TestWithParam<std::string> {};
+class StagedContent : public testing::TestWithParam<int> {
+ protected:
+  const std::string fresh_ = std::string(static_cast<std::size_t>(GetParam()), 'n');
+};
 
 TEST_P(StagedContent, takes_the_place_of_the_old_one_and_leaves_nothing_else) {
   Replaced file;
-  file.replace(GetParam());
-  EXPECT_TRUE(file.content() == GetParam());
+  file.replace(fresh_);
+  EXPECT_TRUE(file.content() == fresh_);
   EXPECT_EQ(file.file_count(), 1u);
 }
 
 TEST_P(StagedContent, is_written_over_a_file_with_several_names) {
   Replaced file;
   file.make_hard_link();
-  file.replace(GetParam());
-  EXPECT_TRUE(file.content() == GetParam());
-  EXPECT_TRUE(read_file(file.other_name("link")) == GetParam());
-  EXPECT_EQ(fs::hard_link_count(file.path()), 2u);
+  file.replace(fresh_);
+  EXPECT_TRUE(file.content() == fresh_);
+  EXPECT_TRUE(read_file(file.other_name("link")) == fresh_);
+  EXPECT_TRUE(same_file(file.path(), file.other_name("link")));
   EXPECT_EQ(file.file_count(), 2u);
 }
 
@@ -83,13 +86,12 @@ TEST_P(StagedContent, is_kept_in_the_folder_for_temporary_files_where_none_can_b
     FileReplacement replacement(file.path());
     EXPECT_TRUE(fs::exists(file.elsewhere().fresh));
   }
-  file.replace(GetParam());
-  EXPECT_TRUE(file.content() == GetParam());
+  file.replace(fresh_);
+  EXPECT_TRUE(file.content() == fresh_);
   EXPECT_EQ(file.file_count(), 2u) << "the file, and the folder that was in the way";
 }
 
-INSTANTIATE_TEST_SUITE_P(FileReplacement, StagedContent,
-                         testing::Values("", "new", "new content of more bytes", std::string(600'000, 'n')));
+INSTANTIATE_TEST_SUITE_P(FileReplacement, StagedContent, testing::Values(0, 3, 11, 25, 600'000));
 
 TEST(FileReplacement, without_a_commit_changes_nothing) {
   Replaced file;
