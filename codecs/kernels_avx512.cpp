@@ -21,6 +21,7 @@
 #pragma clang attribute push(__attribute__((target("avx512f,avx512bw,avx512vbmi,bmi"))), apply_to = function)
 #else
 // The compiler's own definitions of these instructions start from registers that are not set.
+#pragma GCC diagnostic ignored "-Wuninitialized"
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 #pragma GCC push_options
 #pragma GCC target("avx512f,avx512bw,avx512vbmi,bmi")
@@ -173,80 +174,6 @@ bool decode_run(const unsigned char* from, std::size_t size, unsigned char* to, 
   return false;
 }
 
-constexpr std::size_t kUuLetters = kUuLineBytes / 3 * 4;
-constexpr __mmask64 kUuBytesInLine = 0x1FFFFFFFFFFF;
-constexpr __mmask64 kUuLettersInLine = 0x1FFFFFFFFFFFFFFE;  // behind the length character
-
-/// A line of uuencode with its line end is one byte shorter than a step. Each eight of its characters begin with the
-/// last letter of a group, so their bytes begin one before the six of two groups; they stand the highest first.
-constexpr std::array<unsigned char, 64> uu_split_order() {
-  std::array<unsigned char, 64> order{};
-  for (unsigned place = 0; place < 64; ++place) {
-    const unsigned byte = place / 8 * 6 + 7 - place % 8;  // counted from one before the first
-    order[place] = static_cast<unsigned char>(byte == 0 ? 0 : byte - 1);
-  }
-  return order;
-}
-constexpr std::array<unsigned char, 64> kUuSplitOrder = uu_split_order();
-
-/// A line without its letters, and the length character of the next one.
-constexpr std::array<unsigned char, 64> uu_frame() {
-  std::array<unsigned char, 64> frame{};
-  frame[0] = frame[63] = kFullUuLine;
-  frame[61] = '\r';
-  frame[62] = '\n';
-  return frame;
-}
-constexpr std::array<unsigned char, 64> kUuFrame = uu_frame();
-
-/// Each line writes the first character of the next one with it, so the plain form makes the last.
-void encode_uu_lines(const unsigned char* from, std::size_t lines, unsigned char* to) {
-  for (; lines > 1; --lines, from += kUuLineBytes, to += 1 + kUuLetters + 2) {
-    const __m512i bytes = _mm512_maskz_loadu_epi8(kUuBytesInLine, from);
-    const __m512i groups = _mm512_permutexvar_epi8(table(kUuSplitOrder.data()), bytes);
-    const __m512i values = _mm512_multishift_epi64_epi8(_mm512_set1_epi64(0x0E141A20262C3238), groups);
-    _mm512_storeu_si512(to, _mm512_mask_permutexvar_epi8(table(kUuFrame.data()), kUuLettersInLine, values,
-                                                         table(kUuCode.letters.data())));
-  }
-  kScalarKernels.uuencode.encode_lines(from, lines, to);
-}
-
-void join_uu_letters(__m512i letters, unsigned char* to) {
-  const __m512i lowered = _mm512_sub_epi8(letters, _mm512_set1_epi8(' '));
-  join_values(_mm512_and_si512(lowered, _mm512_set1_epi8(63)), to);
-}
-
-Progress decode_uu(const unsigned char* from, std::size_t size, unsigned char* to) {
-  Progress done;
-  while (size - done.read >= kLettersForRoom) {
-    join_uu_letters(table(from + done.read), to + done.written);
-    done.read += kLettersAStep;
-    done.written += kBytesAStep;
-  }
-  return go_on(done, kScalarKernels.uuencode.decode, from, size, to);
-}
-
-template <typename LineEnd>
-Progress decode_uu_lines_ended_by(const unsigned char* from, std::size_t size, unsigned char* to) {
-  Progress done;
-  while (size - done.read >= 1 + kLettersForRoom && from[done.read] == kFullUuLine) {
-    const unsigned char* letters = from + done.read + 1;
-    const __m512i line = table(letters);
-    const __mmask64 control = _mm512_cmplt_epu8_mask(line, _mm512_set1_epi8(' '));
-    if (!LineEnd::is_at(letters + kUuLetters) || control << (kLettersAStep - kUuLetters) != 0) break;
-    join_uu_letters(line, to + done.written);
-    done.read += 1 + kUuLetters + LineEnd::kSize;
-    done.written += kUuLineBytes;
-  }
-  return done;
-}
-
-Progress decode_uu_lines(const unsigned char* from, std::size_t size, unsigned char* to) {
-  const bool ends_with_line_feed = size > 1 + kUuLetters && LineFeed::is_at(from + 1 + kUuLetters);
-  const auto decode = ends_with_line_feed ? decode_uu_lines_ended_by<LineFeed> : decode_uu_lines_ended_by<CrLf>;
-  return go_on(decode(from, size, to), kScalarKernels.decode_uu_lines, from, size, to);
-}
-
 template <const SextetCode& kCode, std::size_t kLineBytes, const SextetKernels Kernels::*kPlain>
 constexpr SextetKernels kSextetKernels = {
     encode<kCode, kPlain>, encode_lines<kCode, kLineBytes>,
@@ -263,12 +190,10 @@ constexpr SextetKernels kSextetKernels = {
 
 namespace {
 
-/// Quoted-printable would gain nothing over AVX2.
+/// Quoted-printable and uuencode stay with AVX2: the one would gain nothing, and the other keeps pace with the memory.
 Kernels with_wide_sextets(Kernels kernels) noexcept {
   kernels.base64 = kSextetKernels<kBase64Code, kBase64LineBytes, &Kernels::base64>;
   kernels.binhex = kSextetKernels<kBinHexCode, kBinHexLineBytes, &Kernels::binhex>;
-  kernels.uuencode = {encode<kUuCode, &Kernels::uuencode>, encode_uu_lines, decode_uu};
-  kernels.decode_uu_lines = decode_uu_lines;
   return kernels;
 }
 
