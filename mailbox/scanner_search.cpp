@@ -6,10 +6,21 @@
 
 namespace vellobar::mailbox {
 
+namespace {
+
+#if defined(VELLOBAR_X86)
+SearchLevel supported_search_level() noexcept {
+  if (!__builtin_cpu_supports("popcnt")) return SearchLevel::sse2;
+  if (__builtin_cpu_supports("avx512bw")) return SearchLevel::avx512;
+  return __builtin_cpu_supports("avx2") ? SearchLevel::avx2 : SearchLevel::sse2;
+}
+#endif
+
+}  // namespace
+
 SearchLevel best_search_level() noexcept {
 #if defined(VELLOBAR_X86)
-  static const SearchLevel best =
-      __builtin_cpu_supports("avx2") && __builtin_cpu_supports("popcnt") ? SearchLevel::avx2 : SearchLevel::sse2;
+  static const SearchLevel best = supported_search_level();
   return best;
 #else
   return SearchLevel::scalar;
@@ -18,6 +29,7 @@ SearchLevel best_search_level() noexcept {
 
 LineSearch line_search(SearchLevel level) noexcept {
 #if defined(VELLOBAR_X86)
+  if (level == SearchLevel::avx512) return search_lines_avx512;
   if (level == SearchLevel::avx2) return search_lines_avx2;
   if (level == SearchLevel::sse2) return search_lines_sse2;
 #endif

@@ -8,7 +8,7 @@
 namespace vellobar::mailbox {
 
 /// The forms of the search, each level faster than the one before.
-enum class SearchLevel { scalar, sse2, avx2 };
+enum class SearchLevel { scalar, sse2, avx2, avx512 };
 
 /// The best level that this processor has.
 SearchLevel best_search_level() noexcept;

@@ -14,6 +14,7 @@ FoundLine search_lines_scalar(const char* begin, const char* end, LinePrefix pre
 #if defined(VELLOBAR_X86)
 FoundLine search_lines_sse2(const char* begin, const char* end, LinePrefix prefix);
 FoundLine search_lines_avx2(const char* begin, const char* end, LinePrefix prefix);
+FoundLine search_lines_avx512(const char* begin, const char* end, LinePrefix prefix);
 #endif
 
 }  // namespace vellobar::mailbox

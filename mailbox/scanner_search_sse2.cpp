@@ -11,20 +11,19 @@ namespace vellobar::mailbox {
 namespace {
 
 struct CompareSse2 {
-  static std::uint64_t equal(const __m128i (&block)[4], char byte) {
+  static std::uint64_t equal(const char* bytes, char byte) {
     const __m128i wanted = _mm_set1_epi8(byte);
     std::uint64_t mask = 0;
     for (int i = 3; i >= 0; --i) {
-      mask = mask << 16 | static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(block[i], wanted)));
+      const __m128i piece = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes) + i);
+      mask = mask << 16 | static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(piece, wanted)));
     }
     return mask;
   }
 
-  static BlockMasks masks(const char* bytes, char first_byte) {
-    const __m128i* at = reinterpret_cast<const __m128i*>(bytes);
-    const __m128i block[4] = {_mm_loadu_si128(at), _mm_loadu_si128(at + 1), _mm_loadu_si128(at + 2),
-                              _mm_loadu_si128(at + 3)};
-    return {equal(block, '\n'), equal(block, first_byte)};
+  static BlockMasks masks(const char* block, char first_byte) {
+    const std::uint64_t starts = equal(block - 1, '\n');
+    return {starts, starts & equal(block, first_byte)};
   }
 };
 

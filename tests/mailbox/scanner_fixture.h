@@ -175,7 +175,7 @@ class LiteralScan {
 /// The levels of the line search that this processor can run.
 inline std::vector<SearchLevel> available_levels() {
   std::vector<SearchLevel> levels;
-  for (const SearchLevel level : {SearchLevel::scalar, SearchLevel::sse2, SearchLevel::avx2}) {
+  for (const SearchLevel level : {SearchLevel::scalar, SearchLevel::sse2, SearchLevel::avx2, SearchLevel::avx512}) {
     if (level <= best_search_level()) levels.push_back(level);
   }
   return levels;
