@@ -1,8 +1,9 @@
 // The line search over blocks of 64 bytes, for any way of comparing 64 bytes with one byte: where a line feed stands
 // one byte earlier a line starts, and only starts that hold the prefix's first byte are worth comparing. Counting lines
-// is counting starts. Included by the files that are compiled for one instruction set each; so that no other file ever
-// runs code compiled for such a set, everything here is local to the including file and no function of another header
-// is called.
+// is counting starts.
+//
+// Included by the files that are compiled for one instruction set each; so that no other file ever runs code compiled
+// for such a set, everything here is local to the including file and no function of another header is called.
 #pragma once
 
 #include <cstdint>

@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 #include <memory>
+#include <new>
 #include <optional>
 #include <random>
 #include <string>
@@ -109,6 +111,41 @@ TEST_P(Forms, agree_on_what_the_encoders_make_of_every_length_up_to_4096) {
     check(kDecoders[1], reference::encode_uu(bytes));
     check(kDecoders[2], reference::encode_quoted_printable(random_text(random_, size, 1), 73));
     check(kDecoders[2], reference::encode_quoted_printable(bytes, 73));
+  }
+}
+
+/// A block that begins `misalignment` bytes behind the start of a cache line and ends exactly where `size` says.
+class MisalignedBlock {
+ public:
+  MisalignedBlock(std::size_t size, std::size_t misalignment)
+      : storage_(static_cast<unsigned char*>(::operator new(misalignment + size, kCacheLine))),
+        begin_(storage_.get() + misalignment) {}
+
+  unsigned char* begin() const { return begin_; }
+
+ private:
+  static constexpr std::align_val_t kCacheLine{64};
+  struct Free {
+    void operator()(unsigned char* storage) const { ::operator delete(storage, kCacheLine); }
+  };
+  std::unique_ptr<unsigned char, Free> storage_;
+  unsigned char* begin_;
+};
+
+TEST_P(Forms, agree_on_outputs_larger_than_the_caches_wherever_they_begin) {
+  constexpr std::size_t kLines = 60'003, kGroups = kLines * kBase64LineBytes / 3;
+  constexpr std::size_t kLineSize = kBase64LineBytes / 3 * 4 + 2;
+  const std::string bytes = random_text(random_, kGroups * 3, 0);
+  const auto* from = reinterpret_cast<const unsigned char*>(bytes.data());
+  std::string flat(kGroups * 4, '\0'), lines(kLines * kLineSize, '\0');
+  kScalarKernels.base64.encode(from, kGroups, reinterpret_cast<unsigned char*>(flat.data()));
+  kScalarKernels.base64.encode_lines(from, kLines, reinterpret_cast<unsigned char*>(lines.data()));
+  for (const std::size_t misalignment : {0, 1, 2, 52}) {
+    const MisalignedBlock flat_target(flat.size(), misalignment), lines_target(lines.size(), misalignment);
+    kernels().base64.encode(from, kGroups, flat_target.begin());
+    kernels().base64.encode_lines(from, kLines, lines_target.begin());
+    EXPECT_TRUE(std::memcmp(flat.data(), flat_target.begin(), flat.size()) == 0) << misalignment;
+    EXPECT_TRUE(std::memcmp(lines.data(), lines_target.begin(), lines.size()) == 0) << misalignment;
   }
 }
 
