@@ -20,13 +20,15 @@ class CoreObject : public Object<Interface> {
  public:
   /// The automation object of a core object: the living one, else a new one.
   static ComPtr<Interface> of(const std::shared_ptr<Core>& core) {
+    // An object that cannot be entered into the register ends when the register is free again.
+    ComPtr<Interface> made;
     Register& living = living_objects_of_class();
     const std::lock_guard lock(living.mutex);
     const auto found = living.by_core.find(core.get());
     if (found != living.by_core.end() && found->second->add_reference_while_alive()) {
       return ComPtr<Interface>::attach(found->second);
     }
-    auto made = ComPtr<Interface>::attach(new Self(core));
+    made = ComPtr<Interface>::attach(new Self(core));
     Self* self = static_cast<Self*>(made.get());
     living.interfaces.insert(self);
     living.by_core[core.get()] = self;

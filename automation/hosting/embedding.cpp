@@ -11,6 +11,7 @@
 #include "automation/about_box.h"
 #include "automation/class_table.h"
 #include "automation/guard.h"
+#include "automation/list_enumerator.h"
 #include "vellobar_automation.h"
 
 namespace vellobar::automation {
@@ -34,14 +35,20 @@ wchar_t* new_text(const wchar_t* text) {
   return copy;
 }
 
+struct Verbs {
+  using Interface = IEnumOLEVERB;
+  using Item = OLEVERB;
+  using Given = OLEVERB;
+  static void give(const OLEVERB& verb, OLEVERB& to) {
+    to = verb;
+    to.lpszVerbName = new_text(verb.lpszVerbName);
+  }
+  static void take_back(const OLEVERB& given) { CoTaskMemFree(given.lpszVerbName); }
+};
+
 bool is_size(const SIZEL& extent) { return extent.cx >= 0 && extent.cy >= 0; }
 
 }  // namespace
-
-void give(const OLEVERB& verb, OLEVERB& to) {
-  to = verb;
-  to.lpszVerbName = new_text(verb.lpszVerbName);
-}
 
 STDMETHODIMP Embedding::SetClientSite(IOleClientSite* site) {
   const ComPtr<IUnknown> kept(&control());
@@ -143,7 +150,7 @@ STDMETHODIMP Embedding::DoVerb(LONG verb, MSG*, IOleClientSite*, LONG index, HWN
 STDMETHODIMP Embedding::EnumVerbs(IEnumOLEVERB** verbs) {
   const OLEVERB about{kAboutVerb, about_verb_name, MF_ENABLED,
                       OLEVERBATTRIB_ONCONTAINERMENU | OLEVERBATTRIB_NEVERDIRTIES};
-  return enumerate<IEnumOLEVERB, OLEVERB>(std::vector<OLEVERB>{about}, verbs);
+  return enumerate<Verbs>(verbs, [&] { return std::vector<OLEVERB>{about}; });
 }
 
 STDMETHODIMP Embedding::GetUserClassID(CLSID* class_id) { return parts_.persistence.GetClassID(class_id); }

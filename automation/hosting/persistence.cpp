@@ -39,7 +39,9 @@ HRESULT read_saved(IStream& stream, SavedProperties& properties) {
 }  // namespace
 
 Persistence::Persistence(IUnknown& control, CVellobar& core, Advice& advice)
-    : ControlPart(control), core_(core), advice_(advice), saved_(current()) {}
+    : ControlPart(control), core_(core), advice_(advice), saved_(new_values()) {}
+
+SavedProperties Persistence::new_values() { return {{}, false, CVellobar::Language(), CVellobar::CharSet()}; }
 
 SavedProperties Persistence::current() const {
   return {core_.Filename(), core_.AutoUpdate(), CVellobar::Language(), CVellobar::CharSet()};
@@ -48,18 +50,18 @@ SavedProperties Persistence::current() const {
 bool Persistence::is_dirty() const { return !(current() == saved_); }
 
 /// Throws before anything is changed: `Filename` cannot be put while the mailbox is locked.
-void Persistence::take_over(const SavedProperties& properties) {
+void Persistence::take_over(SavedProperties properties) {
   core_.SetFilename(properties.filename);
   CVellobar::SetLanguage(properties.language);
   CVellobar::SetCharSet(properties.char_set);
   core_.SetAutoUpdate(properties.auto_update);
-  saved_ = properties;
+  saved_ = std::move(properties);
 }
 
 HRESULT Persistence::load_from(IStream& stream) {
   SavedProperties properties;
   if (const HRESULT result = read_saved(stream, properties); FAILED(result)) return result;
-  take_over(properties);
+  take_over(std::move(properties));
   return S_OK;
 }
 
@@ -102,15 +104,16 @@ STDMETHODIMP Persistence::GetSizeMax(ULARGE_INTEGER* size) {
 }
 
 STDMETHODIMP Persistence::InitNew() {
-  return guarded([&] { take_over({{}, false, CVellobar::Language(), CVellobar::CharSet()}); });
+  return guarded([&] { take_over(new_values()); });
 }
 
 STDMETHODIMP Persistence::InitNew(IStorage* storage) {
   if (storage == nullptr) return E_POINTER;
   if (state_ != StorageState::none) return CO_E_ALREADYINITIALIZED;
-  const HRESULT result = InitNew();
-  if (SUCCEEDED(result)) state_ = StorageState::ready;
-  return result;
+  return guarded([&] {
+    take_over(new_values());
+    state_ = StorageState::ready;
+  });
 }
 
 STDMETHODIMP Persistence::Load(IStorage* storage) {

@@ -42,8 +42,9 @@ class Persistence final : public ControlPart<IPersistStreamInit, IPersistStorage
  private:
   enum class StorageState { none, ready, saving, hands_off };
 
+  static SavedProperties new_values();
   SavedProperties current() const;
-  void take_over(const SavedProperties& properties);
+  void take_over(SavedProperties properties);
   HRESULT load_from(IStream& stream);
   HRESULT save_to(IStream& stream) const;
 

@@ -6,8 +6,31 @@
 #include <utility>
 
 #include "automation/guard.h"
+#include "automation/list_enumerator.h"
 
 namespace vellobar::automation {
+
+namespace {
+
+struct Connections {
+  using Interface = IEnumConnections;
+  using Item = Connection;
+  using Given = CONNECTDATA;
+  static void give(const Connection& connection, CONNECTDATA& to) {
+    to = {ComPtr<IUnknown>(connection.sink).detach(), connection.cookie};
+  }
+  static void take_back(const CONNECTDATA& given) { given.pUnk->Release(); }
+};
+
+struct ConnectionPoints {
+  using Interface = IEnumConnectionPoints;
+  using Item = ComPtr<IConnectionPoint>;
+  using Given = IConnectionPoint*;
+  static void give(const Item& point, IConnectionPoint*& to) { to = Item(point).detach(); }
+  static void take_back(IConnectionPoint* given) { given->Release(); }
+};
+
+}  // namespace
 
 STDMETHODIMP PropertyConnectionPoint::QueryInterface(REFIID interface_id, void** to) {
   if (to == nullptr) return E_POINTER;
@@ -55,12 +78,13 @@ STDMETHODIMP PropertyConnectionPoint::Unadvise(DWORD cookie) {
 }
 
 STDMETHODIMP PropertyConnectionPoint::EnumConnections(IEnumConnections** to) {
-  return enumerate<IEnumConnections, CONNECTDATA>(connections_, to);
+  return enumerate<Connections>(to, [&] { return connections_; });
 }
 
-bool PropertyConnectionPoint::is_connected(DWORD cookie) const {
-  return std::any_of(connections_.begin(), connections_.end(),
-                     [&](const Connection& connection) { return connection.cookie == cookie; });
+const Connection* PropertyConnectionPoint::connection_behind(DWORD cookie) const {
+  const auto found = std::find_if(connections_.begin(), connections_.end(),
+                                  [&](const Connection& connection) { return connection.cookie > cookie; });
+  return found != connections_.end() ? &*found : nullptr;
 }
 
 PropertyNotifications::PropertyNotifications(IUnknown& control, const CVellobar& core)
@@ -71,8 +95,8 @@ PropertyNotifications::PropertyNotifications(IUnknown& control, const CVellobar&
 PropertyNotifications::~PropertyNotifications() { unwatch(*this); }
 
 STDMETHODIMP PropertyNotifications::EnumConnectionPoints(IEnumConnectionPoints** to) {
-  return enumerate<IEnumConnectionPoints, IConnectionPoint*>(
-      std::vector<ComPtr<IConnectionPoint>>{ComPtr<IConnectionPoint>(&point_)}, to);
+  return enumerate<ConnectionPoints>(
+      to, [&] { return std::vector<ComPtr<IConnectionPoint>>{ComPtr<IConnectionPoint>(&point_)}; });
 }
 
 STDMETHODIMP PropertyNotifications::FindConnectionPoint(REFIID interface_id, IConnectionPoint** to) {

@@ -6,12 +6,18 @@
 
 #include <vector>
 
+#include "automation/com_ptr.h"
 #include "automation/hosting/bindable_values.h"
 #include "automation/hosting/control_part.h"
-#include "automation/hosting/list_enumerator.h"
 #include "automation/hosting/property_watch.h"
 
 namespace vellobar::automation {
+
+/// One listener of a connection point.
+struct Connection {
+  DWORD cookie;
+  ComPtr<IUnknown> sink;
+};
 
 /// An object with an identity of its own, as connection points have, that lives as long as the control.
 class PropertyConnectionPoint final : public IConnectionPoint {
@@ -35,10 +41,12 @@ class PropertyConnectionPoint final : public IConnectionPoint {
   /// began is not told any more.
   template <class Tell>
   void for_each_listener(Tell tell) {
-    const std::vector<Connection> listening = connections_;
-    for (const Connection& connection : listening) {
-      if (!is_connected(connection.cookie)) continue;
-      if (!tell(*static_cast<IPropertyNotifySink*>(connection.sink.get()))) return;
+    const DWORD newest = last_cookie_;
+    for (DWORD told = 0; const Connection* next = connection_behind(told);) {
+      told = next->cookie;
+      if (told > newest) return;
+      const ComPtr<IUnknown> sink = next->sink;
+      if (!tell(*static_cast<IPropertyNotifySink*>(sink.get()))) return;
     }
   }
 
@@ -54,10 +62,12 @@ class PropertyConnectionPoint final : public IConnectionPoint {
   void set_audience(Audience& audience) { audience_ = &audience; }
 
  private:
-  bool is_connected(DWORD cookie) const;
+  /// The oldest listener that is newer than this one; null when there is none.
+  const Connection* connection_behind(DWORD cookie) const;
 
   IUnknown& control_;
   Audience* audience_ = nullptr;
+  /// By cookie, the oldest first.
   std::vector<Connection> connections_;
   DWORD last_cookie_ = 0;
 };

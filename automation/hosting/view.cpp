@@ -5,13 +5,21 @@
 #include "automation/guard.h"
 #include "automation/hosting/extent.h"
 #include "automation/hosting/face.h"
-#include "automation/hosting/list_enumerator.h"
+#include "automation/list_enumerator.h"
 
 namespace vellobar::automation {
 
 namespace {
 
 constexpr LONG kWholeControl = -1;
+
+struct Formats {
+  using Interface = IEnumFORMATETC;
+  using Item = FORMATETC;
+  using Given = FORMATETC;
+  static void give(const FORMATETC& format, FORMATETC& to) { to = format; }
+  static void take_back(const FORMATETC&) {}
+};
 
 FORMATETC face_format() { return {CF_METAFILEPICT, nullptr, DVASPECT_CONTENT, kWholeControl, TYMED_MFPICT}; }
 
@@ -177,11 +185,8 @@ STDMETHODIMP View::SetData(FORMATETC* format, STGMEDIUM* medium, BOOL) {
 }
 
 STDMETHODIMP View::EnumFormatEtc(DWORD direction, IEnumFORMATETC** to) {
-  std::vector<FORMATETC> formats;
-  const HRESULT made = guarded([&] {
-    if (direction == DATADIR_GET) formats.push_back(face_format());
-  });
-  return FAILED(made) ? made : enumerate<IEnumFORMATETC, FORMATETC>(std::move(formats), to);
+  return enumerate<Formats>(
+      to, [&] { return direction == DATADIR_GET ? std::vector<FORMATETC>{face_format()} : std::vector<FORMATETC>{}; });
 }
 
 HRESULT View::make_data_advice() { return data_advice_ ? S_OK : CreateDataAdviseHolder(data_advice_.receive()); }
