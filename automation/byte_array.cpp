@@ -2,12 +2,16 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 #include "errors/error.h"
 
 namespace vellobar::automation {
 
 namespace {
+
+/// What an array of a fixed size has that a client declared among its own variables.
+constexpr USHORT kNotOnTheHeap = FADF_AUTO | FADF_STATIC | FADF_EMBEDDED | FADF_FIXEDSIZE;
 
 bool is_array_of_bytes(SAFEARRAY* array) {
   if (SafeArrayGetDim(array) != 1 || SafeArrayGetElemsize(array) != 1) return false;
@@ -16,6 +20,7 @@ bool is_array_of_bytes(SAFEARRAY* array) {
 }
 
 SAFEARRAY* new_array(std::span<const unsigned char> bytes) {
+  if (!std::in_range<ULONG>(bytes.size())) throw std::bad_alloc();
   SAFEARRAY* array = SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(bytes.size()));
   if (array == nullptr) throw std::bad_alloc();
   std::copy(bytes.begin(), bytes.end(), static_cast<unsigned char*>(array->pvData));
@@ -35,6 +40,7 @@ ArrayBytes::ArrayBytes(SAFEARRAY* const* array) : array_(array != nullptr ? *arr
 ArrayBytes::~ArrayBytes() { SafeArrayUnaccessData(array_); }
 
 void replace_array(SAFEARRAY** place, std::span<const unsigned char> bytes) {
+  if (*place != nullptr && ((*place)->fFeatures & kNotOnTheHeap) != 0) throw Error(Status::fail);
   SAFEARRAY* made = bytes.empty() ? nullptr : new_array(bytes);
   if (*place != nullptr && FAILED(SafeArrayDestroy(*place))) {
     if (made != nullptr) SafeArrayDestroy(made);

@@ -25,7 +25,7 @@ class ArrayBytes {
 };
 
 /// Puts a new array, lower bound 0, in the place of the one that is there; no bytes leave the place empty.
-/// Status::fail, and nothing changed, when the old array is locked.
+/// Status::fail, and nothing changed, when the old array is locked or of a fixed size.
 void replace_array(SAFEARRAY** place, std::span<const unsigned char> bytes);
 
 }  // namespace vellobar::automation

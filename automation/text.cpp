@@ -1,6 +1,7 @@
 #include "automation/text.h"
 
 #include <new>
+#include <utility>
 
 namespace vellobar::automation {
 
@@ -10,6 +11,7 @@ std::u16string_view text_of(BSTR string) {
 
 BSTR new_string(std::u16string_view text) {
   if (text.empty()) return nullptr;
+  if (!std::in_range<UINT>(text.size())) throw std::bad_alloc();
   BSTR string = SysAllocStringLen(reinterpret_cast<const wchar_t*>(text.data()), static_cast<UINT>(text.size()));
   if (string == nullptr) throw std::bad_alloc();
   return string;

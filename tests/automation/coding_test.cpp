@@ -84,6 +84,17 @@ TEST_F(Coding, a_locked_source_is_read_and_a_locked_result_is_refused_untouched)
   SafeArrayUnlock(*raw.place());
 }
 
+TEST_F(Coding, an_array_in_the_clients_own_memory_is_no_place_for_a_result_and_is_kept) {
+  for (const int feature : {FADF_AUTO, FADF_STATIC, FADF_EMBEDDED, FADF_FIXEDSIZE}) {
+    Bytes raw("ABC"), out("kept");
+    const USHORT before = (*out.place())->fFeatures;
+    (*out.place())->fFeatures = static_cast<USHORT>(before | feature);
+    EXPECT_EQ(make<IvEncoder>(CLSID_Encoder)->Base64Data(raw.place(), out.place()), E_FAIL);
+    (*out.place())->fFeatures = before;
+    EXPECT_EQ(out.content(), "kept");
+  }
+}
+
 TEST_F(Coding, source_and_result_may_be_the_same_array) {
   Bytes data("ABC");
   EXPECT_EQ(make<IvEncoder>(CLSID_Encoder)->Base64Data(data.place(), data.place()), S_OK);
