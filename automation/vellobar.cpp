@@ -22,11 +22,15 @@ class VellobarObject final : public CoreObject<VellobarObject, IVellobar, CVello
   STDMETHODIMP QueryInterface(REFIID interface_id, void** to) override {
     const HRESULT found = CoreObject::QueryInterface(interface_id, to);
     if (found != E_NOINTERFACE || !Hosting::answers(interface_id)) return found;
-    return guarded([&] {
+    // Hosts ask for interfaces between a failure and its error information, which therefore stays.
+    try {
       IUnknown* part = hosting().find(interface_id);
       part->AddRef();
       *to = part;
-    });
+      return S_OK;
+    } catch (...) {
+      return result_of_current_exception();
+    }
   }
 
   STDMETHODIMP get_Filename(BSTR* value) override { return get(value, &CVellobar::Filename); }

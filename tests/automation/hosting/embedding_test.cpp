@@ -86,6 +86,13 @@ TEST_F(Embedding, every_hosting_interface_leads_to_the_one_identity_and_back) {
   EXPECT_FALSE(query<IOleObject>(make<IvMessage>(CLSID_Message).get()));
 }
 
+TEST_F(Embedding, asking_for_a_hosting_interface_leaves_the_error_information_of_the_last_call) {
+  const auto control = make<IVellobar>(CLSID_Vellobar);
+  EXPECT_LT(control->Update(), 0);
+  EXPECT_TRUE(query<IOleObject>(control.get()));
+  EXPECT_EQ(take_error_information().description, L"Mailbox not locked");
+}
+
 TEST_F(Embedding, a_part_keeps_the_control_alive) {
   in_place_ = ComPtr<IOleInPlaceObject>();
   control_ = ComPtr<IVellobar>();
@@ -392,6 +399,31 @@ TEST_F(Embedding, quick_activation_sets_up_everything_at_once) {
   object_->SetClientSite(nullptr);
 }
 
+TEST_F(Embedding, takes_note_of_nothing_that_it_does_not_need) {
+  EXPECT_EQ(object_->SetHostNames(L"Container", L"Form"), S_OK);
+  EXPECT_EQ(object_->SetMoniker(OLEWHICHMK_CONTAINER, nullptr), S_OK);
+  EXPECT_EQ(object_->SetColorScheme(nullptr), S_OK);
+  EXPECT_EQ(object_->Update(), S_OK);
+  EXPECT_EQ(object_->InitFromData(nullptr, FALSE, 0), S_FALSE);
+  const auto hosted = query<IOleControl>(control_.get());
+  MSG message{};
+  EXPECT_EQ(hosted->OnMnemonic(&message), S_OK);
+  EXPECT_EQ(hosted->OnAmbientPropertyChange(DISPID_AMBIENT_USERMODE), S_OK);
+  const auto active = query<IOleInPlaceActiveObject>(control_.get());
+  EXPECT_EQ(active->OnFrameWindowActivate(TRUE), S_OK);
+  EXPECT_EQ(active->OnDocWindowActivate(TRUE), S_OK);
+  EXPECT_EQ(active->EnableModeless(FALSE), S_OK);
+  EXPECT_EQ(active->ResizeBorder(nullptr, nullptr, TRUE), S_OK);
+  EXPECT_EQ(in_place_->ContextSensitiveHelp(TRUE), S_OK);
+}
+
+TEST_F(Embedding, the_copy_for_the_clipboard_is_the_control_itself) {
+  ComPtr<IDataObject> copy;
+  EXPECT_EQ(object_->GetClipboardData(0, copy.receive()), S_OK);
+  EXPECT_EQ(query<IUnknown>(copy.get()).get(), query<IUnknown>(control_.get()).get());
+  EXPECT_EQ(object_->GetClipboardData(0, nullptr), E_POINTER);
+}
+
 TEST_F(Embedding, has_no_property_pages_no_accelerators_and_nothing_to_undo_or_drop) {
   CAUUID pages{7, nullptr};
   EXPECT_EQ(query<ISpecifyPropertyPages>(control_.get())->GetPages(&pages), S_OK);
@@ -402,6 +434,9 @@ TEST_F(Embedding, has_no_property_pages_no_accelerators_and_nothing_to_undo_or_d
   EXPECT_EQ(information.cAccel, 0u);
   const auto windowless = query<IOleInPlaceObjectWindowless>(control_.get());
   LRESULT result = 0;
+  IDropTarget* target = reinterpret_cast<IDropTarget*>(this);
+  EXPECT_EQ(windowless->GetDropTarget(&target), E_NOTIMPL);
+  EXPECT_EQ(target, nullptr);
   EXPECT_EQ(windowless->ReactivateAndUndo(), INPLACE_E_NOTUNDOABLE);
   EXPECT_EQ(windowless->OnWindowMessage(WM_CHAR, 'a', 0, &result), S_FALSE);
   const RECT rectangle{0, 0, 10, 10};

@@ -177,6 +177,12 @@ TEST_F(Persistence, a_control_is_dirty_from_the_first_change_to_a_save_that_clea
   EXPECT_EQ(persistent->IsDirty(), S_OK);
 }
 
+TEST_F(Persistence, what_was_put_before_the_container_asks_is_dirty_too) {
+  const auto control = make<IVellobar>(CLSID_Vellobar);
+  EXPECT_EQ(control->put_Filename(Text(L"a").get()), S_OK);
+  EXPECT_EQ(query<IPersistStreamInit>(control.get())->IsDirty(), S_OK);
+}
+
 TEST_F(Persistence, a_new_control_names_no_mailbox_and_leaves_the_values_of_the_process) {
   const auto control = control_with_values();
   const auto persistent = query<IPersistStreamInit>(control.get());
@@ -269,6 +275,25 @@ TEST_F(Persistence, a_storage_holds_the_same_bytes_in_its_stream_of_contents) {
   const auto loaded = make<IVellobar>(CLSID_Vellobar);
   EXPECT_EQ(query<IPersistStorage>(loaded.get())->Load(storage.get()), S_OK);
   expect_values(loaded.get());
+}
+
+TEST_F(Persistence, listeners_are_told_when_a_new_control_has_its_storage) {
+  PropertyListener listener;
+  const auto control = make<IVellobar>(CLSID_Vellobar);
+  EXPECT_EQ(control->put_Filename(Text(L"a").get()), S_OK);
+  ComPtr<IConnectionPoint> point;
+  ASSERT_EQ(
+      query<IConnectionPointContainer>(control.get())->FindConnectionPoint(IID_IPropertyNotifySink, point.receive()),
+      S_OK);
+  DWORD cookie = 0;
+  ASSERT_EQ(point->Advise(&listener, &cookie), S_OK);
+  const auto persistent = query<IPersistStorage>(control.get());
+  HRESULT again = S_OK;
+  listener.when_changed = [&](DISPID) { again = persistent->InitNew(new_storage().get()); };
+  EXPECT_EQ(persistent->InitNew(new_storage().get()), S_OK);
+  EXPECT_EQ(listener.changed, std::vector<DISPID>{0});
+  EXPECT_EQ(again, CO_E_ALREADYINITIALIZED);
+  EXPECT_EQ(point->Unadvise(cookie), S_OK);
 }
 
 TEST_F(Persistence, a_storage_is_loaded_or_made_once) {

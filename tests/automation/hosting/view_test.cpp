@@ -277,6 +277,32 @@ TEST_F(View, lists_its_one_format) {
   EXPECT_EQ(formats->Next(1, found, nullptr), S_FALSE);
 }
 
+TEST_F(View, its_data_is_the_same_for_every_device) {
+  DVTARGETDEVICE device{};
+  FORMATETC format = metafile_format(), same{};
+  format.ptd = &device;
+  EXPECT_EQ(data_->GetCanonicalFormatEtc(&format, &same), DATA_S_SAMEFORMATETC);
+  EXPECT_EQ(same.cfFormat, CF_METAFILEPICT);
+  EXPECT_EQ(same.ptd, nullptr);
+  EXPECT_EQ(data_->GetCanonicalFormatEtc(&format, nullptr), E_INVALIDARG);
+}
+
+TEST_F(View, lists_those_who_hold_its_data) {
+  FORMATETC format = metafile_format();
+  AdviseListener listener;
+  DWORD cookie = 0;
+  ASSERT_EQ(data_->DAdvise(&format, ADVF_NODATA, &listener, &cookie), S_OK);
+  ComPtr<IEnumSTATDATA> listeners;
+  ASSERT_EQ(data_->EnumDAdvise(listeners.receive()), S_OK);
+  STATDATA found{};
+  ASSERT_EQ(listeners->Next(1, &found, nullptr), S_OK);
+  EXPECT_EQ(found.dwConnection, cookie);
+  EXPECT_EQ(found.formatetc.cfFormat, CF_METAFILEPICT);
+  ComPtr<IAdviseSink>::attach(found.pAdvSink);
+  EXPECT_EQ(data_->DUnadvise(cookie), S_OK);
+  EXPECT_EQ(data_->EnumDAdvise(nullptr), E_POINTER);
+}
+
 TEST_F(View, tells_those_who_hold_its_data_when_the_size_changes) {
   FORMATETC format = metafile_format();
   AdviseListener listener;
