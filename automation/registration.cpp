@@ -74,8 +74,16 @@ void write_class(const Branch& branch, const ClassEntry& entry, const std::wstri
   if (entry.is_control) write_control_keys(key, module);
 }
 
+/// The DLLs of both bitnesses have class keys of their own and share the program identifiers. Where there is one
+/// bitness the key looked for is our own, which is gone by then.
+bool is_registered_for_other_bitness(const Branch& branch, const ClassEntry& entry) {
+  constexpr REGSAM kOther = sizeof(void*) == 8 ? KEY_WOW64_32KEY : KEY_WOW64_64KEY;
+  return has_key(branch.root, branch.prefix + class_key(entry), kOther);
+}
+
 void delete_class(const Branch& branch, const ClassEntry& entry) {
   delete_tree(branch.root, branch.prefix + class_key(entry));
+  if (is_registered_for_other_bitness(branch, entry)) return;
   for (const wchar_t* prog_id : {entry.versioned_prog_id, entry.prog_id}) {
     const std::wstring key = branch.prefix + prog_id;
     delete_tree(branch.root, key + L"\\CLSID");

@@ -14,7 +14,8 @@ enum class Audience { everybody, current_user };
 HRESULT register_server(Audience audience) noexcept;
 
 /// Takes back what register_server wrote for the same audience; keys of ours that somebody else put something into keep
-/// that. Succeeds also when there is nothing to take back.
+/// that, and the program identifiers of a class stay while the DLL of the other bitness is registered for it. Succeeds
+/// also when there is nothing to take back.
 HRESULT unregister_server(Audience audience) noexcept;
 
 /// The same, told by the text behind `regsvr32 /i:`, in letters of any case: "user" is the current user, no text is

@@ -40,6 +40,13 @@ void RegistryKey::set_subkey(const std::wstring& path, const std::wstring& text)
   RegistryKey(key_, path).set_value(L"", text);
 }
 
+bool has_key(HKEY parent, const std::wstring& path, REGSAM view) {
+  HKEY key = nullptr;
+  if (RegOpenKeyExW(parent, path.c_str(), 0, KEY_READ | view, &key) != ERROR_SUCCESS) return false;
+  RegCloseKey(key);
+  return true;
+}
+
 void delete_tree(HKEY parent, const std::wstring& path) {
   const LONG result = RegDeleteTreeW(parent, path.c_str());
   if (result != ERROR_FILE_NOT_FOUND) check(result);

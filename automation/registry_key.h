@@ -26,6 +26,9 @@ class RegistryKey {
   HKEY key_ = nullptr;
 };
 
+/// Whether there is such a key in this view of the registry (KEY_WOW64_32KEY, KEY_WOW64_64KEY).
+bool has_key(HKEY parent, const std::wstring& path, REGSAM view);
+
 /// Deletes a key with everything below it; nothing when it is not there.
 void delete_tree(HKEY parent, const std::wstring& path);
 

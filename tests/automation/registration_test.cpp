@@ -12,6 +12,36 @@ namespace vellobar::tests {
 
 namespace {
 
+constexpr REGSAM kOtherBitness = sizeof(void*) == 8 ? KEY_WOW64_32KEY : KEY_WOW64_64KEY;
+
+bool is_system_of_two_bitnesses() {
+  BOOL wow64 = FALSE;
+  return sizeof(void*) == 8 || (IsWow64Process(GetCurrentProcess(), &wow64) != FALSE && wow64 != FALSE);
+}
+
+/// The registration of a class by a DLL of the other bitness, for as long as it lives.
+class OtherBitness {
+ public:
+  explicit OtherBitness(const wchar_t* class_name) : path_(L"CLSID\\" + guid_of(class_name)) {
+    HKEY key = nullptr;
+    EXPECT_EQ(RegCreateKeyExW(HKEY_CLASSES_ROOT, path_.c_str(), 0, nullptr, 0, KEY_WRITE | kOtherBitness, nullptr, &key,
+                              nullptr),
+              ERROR_SUCCESS);
+    RegCloseKey(key);
+  }
+  ~OtherBitness() { EXPECT_EQ(RegDeleteKeyExW(HKEY_CLASSES_ROOT, path_.c_str(), kOtherBitness, 0), ERROR_SUCCESS); }
+  OtherBitness(const OtherBitness&) = delete;
+  OtherBitness& operator=(const OtherBitness&) = delete;
+
+ private:
+  std::wstring path_;
+};
+
+bool leads_to_class(const wchar_t* prog_id) {
+  CLSID class_id{};
+  return CLSIDFromProgID(prog_id, &class_id) == S_OK;
+}
+
 void expect_round_trip(const std::wstring& path) {
   const Module module(path);
   ASSERT_EQ(module.unregister_server(), S_OK);
@@ -64,6 +94,23 @@ TEST_F(Registration, a_class_key_is_written_afresh_without_what_somebody_else_le
 TEST_F(Registration, unregistering_what_is_not_registered_succeeds) {
   ASSERT_EQ(Module::under_test().unregister_server(), S_OK);
   EXPECT_EQ(Module::under_test().unregister_server(), S_OK);
+}
+
+TEST_F(Registration, the_names_stay_while_a_dll_of_the_other_bitness_is_registered_under_them) {
+  if (!is_system_of_two_bitnesses()) GTEST_SKIP() << "this system has one bitness";
+  const Module& module = Module::under_test();
+  ASSERT_EQ(module.register_server(), S_OK);
+  {
+    const OtherBitness control(L"Vellobar"), message(L"Message");
+    ASSERT_EQ(module.unregister_server(), S_OK);
+    EXPECT_TRUE(leads_to_class(L"Quorvane.Vellobar"));
+    EXPECT_TRUE(leads_to_class(L"Quorvane.Vellobar.1"));
+    EXPECT_TRUE(leads_to_class(L"Quorvane.Message.2"));
+    EXPECT_FALSE(leads_to_class(L"Quorvane.Header"));
+  }
+  ASSERT_EQ(module.unregister_server(), S_OK);
+  EXPECT_FALSE(leads_to_class(L"Quorvane.Vellobar"));
+  EXPECT_FALSE(leads_to_class(L"Quorvane.Message.2"));
 }
 
 TEST_F(Registration, makes_every_class_creatable_by_both_of_its_program_identifiers) {
