@@ -6,12 +6,27 @@
 #include <vector>
 
 #include "automation/byte_array.h"
+#include "automation/byte_array_arguments.h"
 #include "automation/object.h"
 
 namespace vellobar::automation {
 
 template <class Interface, class Coder>
 class CodingObject : public Object<Interface> {
+ public:
+  STDMETHODIMP Invoke(DISPID identifier, REFIID reserved, LCID locale, WORD kind, DISPPARAMS* arguments, VARIANT* to,
+                      EXCEPINFO* exception, UINT* bad_argument) override {
+    const auto invoke = [&](DISPPARAMS* with) {
+      return Object<Interface>::Invoke(identifier, reserved, locale, kind, with, to, exception, bad_argument);
+    };
+    const bool codes_data = identifier >= kFirstOfData && identifier <= kLastOfData;
+    if (!codes_data || FAILED(check_arguments(arguments))) return invoke(arguments);
+    ByteArrayArguments taken;
+    if (const HRESULT result = taken.take(*arguments); FAILED(result)) return result;
+    const HRESULT result = invoke(taken.get());
+    return FAILED(result) ? result : taken.give_back();
+  }
+
  protected:
   template <auto Member>
   HRESULT code_file(BSTR in_file, BSTR out_file) noexcept {
@@ -40,6 +55,10 @@ class CodingObject : public Object<Interface> {
       if (out_text != nullptr && !result.empty()) hand_out(out_text, result);
     });
   }
+
+ private:
+  /// The members that code byte arrays, the same in both interfaces.
+  static constexpr DISPID kFirstOfData = 5, kLastOfData = 7;
 };
 
 }  // namespace vellobar::automation

@@ -44,12 +44,23 @@ IDispatch* pretender() {
   return &object;
 }
 
+/// Makes the value the inner one. It is then the client's variable, which a call may give another content: the variable
+/// owns what it holds.
+void move_inside(HostileValue& made) {
+  made.inner = made.value;
+  made.string = nullptr;
+  made.array = nullptr;
+  const VARTYPE type = V_VT(&made.inner);
+  const bool is_object = type == VT_DISPATCH || type == VT_UNKNOWN;
+  if (is_object && V_UNKNOWN(&made.inner) != nullptr) V_UNKNOWN(&made.inner)->AddRef();
+}
+
 /// Adds a kind of VARIANT, and a reference to a VARIANT of that kind.
 void add(Shapes& shapes, const std::string& name, const Make& make) {
   shapes.push_back({name, make});
   shapes.push_back({"reference to " + name, [make](HostileValue& made, IDispatch* called) {
                       make(made, called);
-                      made.inner = made.value;
+                      move_inside(made);
                       set_type(made.value, VT_BYREF | VT_VARIANT);
                       V_VARIANTREF(&made.value) = &made.inner;
                     }});
@@ -241,6 +252,7 @@ Shapes make_shapes() {
 }  // namespace
 
 HostileValue::~HostileValue() {
+  VariantClear(&inner);
   SysFreeString(string);
   if (array != nullptr) SafeArrayDestroy(array);
 }

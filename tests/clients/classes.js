@@ -151,7 +151,12 @@ function useCoding() {
   decoder.Base64(coded, back);
   expect("a decoded file", "a=b\r\n", readFile(back));
   expectSomeError("no text", function () { encoder.Base64Text(""); });
-  expectSomeError("an array of a script", function () { encoder.Base64Data([65, 66], null); });
+  // JScript passes values, never variables, so that no result could come back.
+  var dictionary = new ActiveXObject("Scripting.Dictionary"), result = "kept";
+  dictionary.Add("first", 65);
+  expectSomeError("an array and a variable", function () { encoder.Base64Data(dictionary.Items(), result); });
+  expectSomeError("an array of a script", function () { encoder.Base64Data([65, 66], result); });
+  expect("a refused call changes nothing", "kept", result);
 }
 
 useMessage();

@@ -102,15 +102,59 @@ Sub CodeTexts()
   ExpectSomeError "no text"
 End Sub
 
-' VBScript makes no arrays of bytes: its own arrays hold VARIANTs, and the coding objects refuse them.
+' What an array of an even number of bytes holds: a Unicode file takes them as they are, behind a mark of two bytes.
+Function BytesIn(bytes)
+  Dim file
+  Set file = files.CreateTextFile(plain, True, True)
+  file.Write CStr(bytes)
+  file.Close
+  BytesIn = Mid(ReadFile(plain), 3)
+End Function
+
+Sub EncodeInto(data, result)
+  encoder.Base64Data data, result
+End Sub
+
+' VBScript makes arrays of VARIANTs itself, and passes every variable as a reference to a VARIANT.
 Sub CodeArrays()
-  Dim coded
+  Dim coded, back, both, numbers(1), places(1)
+  encoder.Base64Data Array(97, 61, 98, 255), coded
+  Expect "the result is an array of bytes", vbArray + vbByte, VarType(coded)
+  Expect "base64", "YT1i/w==", BytesIn(coded)
+  decoder.Base64Data coded, back
+  Expect "base64 and back", "a=b" & Chr(255), BytesIn(back)
+  encoder.QuotedPrintableData back, coded
+  Expect "quoted-printable", "a=3Db=FF", BytesIn(coded)
+  decoder.QuotedPrintableData coded, back
+  Expect "quoted-printable and back", "a=b" & Chr(255), BytesIn(back)
+  encoder.UuencodeData Array(67, 97, 116, 67, 97, 116), coded
+  Expect "uuencode", "0V%T0V%T", BytesIn(coded)
+  decoder.UudecodeData coded, back
+  Expect "uuencode and back", "CatCat", BytesIn(back)
+
+  both = Array(65, 66)
+  encoder.Base64Data both, both
+  Expect "one variable for both", "QUI=", BytesIn(both)
+  numbers(0) = 65
+  numbers(1) = 66
+  encoder.Base64Data numbers, places(1)
+  Expect "an element for the result", "QUI=", BytesIn(places(1))
+  back = Empty
+  EncodeInto numbers, back
+  Expect "arguments of a procedure", "QUI=", BytesIn(back)
+  encoder.Base64Data Array(), coded
+  Expect "no bytes", True, IsEmpty(coded)
+
   coded = "kept"
   On Error Resume Next
-  encoder.Base64Data Array(65, 66, 67), coded
-  ExpectSomeError "an array of numbers"
   encoder.Base64Data "ABC", coded
   ExpectSomeError "a text instead of an array"
+  encoder.Base64Data Array(65, 256), coded
+  ExpectSomeError "a number that is no byte"
+  encoder.Base64Data Array("A"), coded
+  ExpectSomeError "a text among the numbers"
+  encoder.Base64Data back, "a constant"
+  ExpectSomeError "no variable for the result"
   Expect "a refused call changes nothing", "kept", coded
 End Sub
 
