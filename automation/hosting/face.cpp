@@ -74,6 +74,14 @@ void draw_name(HDC dc, const RECT& box) {
   ExtTextOutW(dc, (box.left + box.right) / 2, box.top, ETO_CLIPPED, &box, kName, kNameLength, nullptr);
 }
 
+/// The same shape where a size has more than the 16 bits that a metafile has for it.
+SIZE metafile_units(SIZE himetric) {
+  constexpr LONG kMost = 0x7FFF;
+  const LONG longest = std::max(himetric.cx, himetric.cy);
+  if (longest <= kMost) return himetric;
+  return {MulDiv(himetric.cx, kMost, longest), MulDiv(himetric.cy, kMost, longest)};
+}
+
 }  // namespace
 
 void draw_face(HDC dc, const RECT& bounds) {
@@ -98,8 +106,9 @@ HMETAFILE face_metafile(SIZE himetric) {
   if (dc == nullptr) return nullptr;
   SetMapMode(dc, MM_ANISOTROPIC);
   SetWindowOrgEx(dc, 0, 0, nullptr);
-  SetWindowExtEx(dc, himetric.cx, himetric.cy, nullptr);
-  draw_face(dc, {0, 0, himetric.cx, himetric.cy});
+  const SIZE units = metafile_units(himetric);
+  SetWindowExtEx(dc, units.cx, units.cy, nullptr);
+  draw_face(dc, {0, 0, units.cx, units.cy});
   return CloseMetaFile(dc);
 }
 

@@ -244,6 +244,30 @@ TEST_F(View, hands_out_a_metafile_of_its_size) {
   ReleaseStgMedium(&medium);
 }
 
+TEST_F(View, the_metafile_of_a_control_of_any_size_shows_all_of_it) {
+  for (SIZEL extent : {SIZEL{32767, 32767}, SIZEL{40000, 40000}, SIZEL{65536, 65536}, SIZEL{MAXLONG, MAXLONG}}) {
+    SCOPED_TRACE(testing::Message() << extent.cx << " by " << extent.cy);
+    ASSERT_EQ(query<IOleObject>(view_.get())->SetExtent(DVASPECT_CONTENT, &extent), S_OK);
+    FORMATETC format = metafile_format();
+    STGMEDIUM medium{};
+    ASSERT_EQ(data_->GetData(&format, &medium), S_OK);
+    const auto* picture = static_cast<METAFILEPICT*>(GlobalLock(medium.hMetaFilePict));
+    EXPECT_EQ(picture->xExt, extent.cx);
+    EXPECT_EQ(picture->yExt, extent.cy);
+    Canvas canvas(64, 64);
+    SetMapMode(canvas.dc(), MM_ANISOTROPIC);
+    SetViewportExtEx(canvas.dc(), 64, 64, nullptr);
+    EXPECT_NE(PlayMetaFile(canvas.dc(), picture->hMF), FALSE);
+    SetMapMode(canvas.dc(), MM_TEXT);
+    EXPECT_EQ(canvas.colours({0, 0, 64, 64}).count(kCanvas), 0u);
+    // The letter stands in the upper part.
+    EXPECT_EQ(canvas.colours({0, 0, 64, 32}).count(kPaper), 1u);
+    EXPECT_EQ(canvas.colours({0, 48, 64, 64}).count(kPaper), 0u);
+    GlobalUnlock(medium.hMetaFilePict);
+    ReleaseStgMedium(&medium);
+  }
+}
+
 TEST_F(View, hands_out_nothing_else_and_takes_nothing) {
   FORMATETC format = metafile_format();
   STGMEDIUM medium{};
