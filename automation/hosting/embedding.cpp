@@ -22,7 +22,7 @@ namespace {
 /// when resized.
 constexpr DWORD kStatus = OLEMISC_SETCLIENTSITEFIRST | OLEMISC_INVISIBLEATRUNTIME | OLEMISC_ACTIVATEWHENVISIBLE |
                           OLEMISC_INSIDEOUT | OLEMISC_CANTLINKINSIDE | OLEMISC_RECOMPOSEONRESIZE;
-static_assert(kStatus == 132497);
+static_assert(kStatus == kControlStatus);
 
 constexpr LONG kAboutVerb = 1;
 wchar_t about_verb_name[] = L"&About...";

@@ -24,8 +24,8 @@ const Hosting::Row Hosting::kRows[] = {
 
 Hosting::Hosting(IUnknown& control, CVellobar& core)
     : persistence_(control, core, advice_),
-      view_(control),
       in_place_(control),
+      view_(control, in_place_),
       notifications_(control, core),
       embedding_(control, {advice_, persistence_, notifications_, view_, in_place_}) {}
 

@@ -41,8 +41,8 @@ class Hosting {
 
   Advice advice_;
   Persistence persistence_;
-  View view_;
   InPlace in_place_;
+  View view_;
   PropertyNotifications notifications_;
   Embedding embedding_;
 };

@@ -16,6 +16,8 @@ class InPlace final : public ControlPart<IOleInPlaceObjectWindowless, IOleInPlac
   ~InPlace();
 
   bool is_active() const { return static_cast<bool>(site_); }
+  /// Where the control stands in its container's window when it is active without one of its own; else null.
+  const RECT* place_without_window() const { return is_active() && windowless_ ? &position_ : nullptr; }
   /// Makes the control active, and the one that has the container's tools when `with_tools`. OLE_E_NOT_INPLACEACTIVE
   /// when there is no container that lets it be.
   HRESULT activate(IOleClientSite* client, bool with_tools);

@@ -5,6 +5,7 @@
 #include "automation/guard.h"
 #include "automation/hosting/extent.h"
 #include "automation/hosting/face.h"
+#include "automation/hosting/in_place.h"
 #include "automation/list_enumerator.h"
 
 namespace vellobar::automation {
@@ -52,7 +53,8 @@ HGLOBAL new_metafile_picture(SIZE himetric) {
 
 }  // namespace
 
-View::View(IUnknown& control) : ControlPart(control), extent_(initial_extent()) {}
+View::View(IUnknown& control, const InPlace& in_place)
+    : ControlPart(control), in_place_(in_place), extent_(initial_extent()) {}
 
 void View::set_extent(SIZEL extent) {
   if (extent.cx == extent_.cx && extent.cy == extent_.cy) return;
@@ -71,8 +73,10 @@ void View::tell_view_changed() {
 STDMETHODIMP View::Draw(DWORD aspect, LONG index, void*, DVTARGETDEVICE*, HDC, HDC to, LPCRECTL bounds, LPCRECTL,
                         BOOL(STDMETHODCALLTYPE*)(ULONG_PTR), ULONG_PTR) {
   if (const HRESULT result = check_aspect(aspect, index); FAILED(result)) return result;
-  if (to == nullptr || bounds == nullptr) return E_INVALIDARG;
-  return guarded([&] { draw_face(to, {bounds->left, bounds->top, bounds->right, bounds->bottom}); });
+  const RECT* const place = in_place_.place_without_window();
+  if (to == nullptr || (bounds == nullptr && place == nullptr)) return E_INVALIDARG;
+  const RECT box = bounds != nullptr ? RECT{bounds->left, bounds->top, bounds->right, bounds->bottom} : *place;
+  return guarded([&] { draw_face(to, box); });
 }
 
 STDMETHODIMP View::GetColorSet(DWORD aspect, LONG index, void*, DVTARGETDEVICE*, HDC, LOGPALETTE** colors) {

@@ -11,14 +11,17 @@
 
 namespace vellobar::automation {
 
+class InPlace;
+
 class View final : public ControlPart<IViewObjectEx, IDataObject> {
  public:
-  explicit View(IUnknown& control);
+  View(IUnknown& control, const InPlace& in_place);
 
   SIZEL extent() const { return extent_; }
   /// Takes another size and tells those who look at the control.
   void set_extent(SIZEL extent);
 
+  /// Without bounds a control that is active without a window is drawn where it stands.
   STDMETHODIMP Draw(DWORD aspect, LONG index, void* aspect_info, DVTARGETDEVICE* device, HDC information, HDC to,
                     LPCRECTL bounds, LPCRECTL window, BOOL(STDMETHODCALLTYPE* go_on)(ULONG_PTR),
                     ULONG_PTR go_on_with) override;
@@ -54,6 +57,7 @@ class View final : public ControlPart<IViewObjectEx, IDataObject> {
   HRESULT make_data_advice();
   void tell_view_changed();
 
+  const InPlace& in_place_;
   SIZEL extent_;
   ComPtr<IAdviseSink> sink_;
   DWORD sink_flags_ = 0;

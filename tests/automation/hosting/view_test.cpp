@@ -3,7 +3,7 @@
 
 #include <set>
 
-#include "tests/automation/hosting/client_side.h"
+#include "tests/automation/hosting/container.h"
 
 namespace vellobar::tests {
 
@@ -149,6 +149,29 @@ TEST_F(View, draws_the_whole_content_only) {
   EXPECT_EQ(view_->Draw(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, canvas.dc(), nullptr, nullptr, nullptr, 0),
             E_INVALIDARG);
   EXPECT_EQ(canvas.touched_outside({0, 0, 0, 0}), 0);
+}
+
+TEST_F(View, active_without_a_window_it_is_drawn_where_it_was_placed_when_no_bounds_are_given) {
+  Site site;
+  const auto object = query<IOleObject>(view_.get());
+  object->SetClientSite(&site);
+  ASSERT_EQ(object->DoVerb(OLEIVERB_INPLACEACTIVATE, nullptr, nullptr, 0, nullptr, nullptr), S_OK);
+  const auto draw_in_place = [&](const Canvas& canvas) {
+    return view_->Draw(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, canvas.dc(), nullptr, nullptr, nullptr, 0);
+  };
+  const auto expect_only_in = [&](const RECT& place) {
+    const Canvas canvas(80, 80);
+    EXPECT_EQ(draw_in_place(canvas), S_OK);
+    EXPECT_EQ(canvas.touched_outside(place), 0);
+    EXPECT_EQ(canvas.colours(place).count(kCanvas), 0u);
+  };
+  expect_only_in({10, 10, 42, 42});
+  const RECT moved{30, 20, 70, 60};
+  EXPECT_EQ(query<IOleInPlaceObject>(view_.get())->SetObjectRects(&moved, &moved), S_OK);
+  expect_only_in(moved);
+  EXPECT_EQ(query<IOleInPlaceObject>(view_.get())->InPlaceDeactivate(), S_OK);
+  EXPECT_EQ(draw_in_place(Canvas(80, 80)), E_INVALIDARG);
+  object->SetClientSite(nullptr);
 }
 
 TEST_F(View, answers_what_it_looks_like) {
