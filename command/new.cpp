@@ -6,15 +6,15 @@
 #include <vector>
 
 #include "command/failure.h"
+#include "command/output.h"
 #include "command/path.h"
+#include "command/process_text.h"
 #include "command/terminal.h"
 #include "command/verbs.h"
 #include "compose/composition.h"
 #include "errors/error.h"
 #include "mailbox/message.h"
-#include "mailbox/vellobar.h"
 #include "mime/encoded_word.h"
-#include "platform/code_page.h"
 
 namespace vellobar::command {
 
@@ -25,17 +25,6 @@ struct NewOptions {
   std::optional<std::string> text, html;
   std::vector<std::string> attachments;
 };
-
-/// Texts are composed in the terminal's code page. File names keep the default one, through which every name comes.
-class ComposingCodePage {
- public:
-  ComposingCodePage() { CVellobar::SetCharSet(terminal_code_page()); }
-  ~ComposingCodePage() { CVellobar::SetCharSet(platform::kAnsiCodePage); }
-  ComposingCodePage(const ComposingCodePage&) = delete;
-  ComposingCodePage& operator=(const ComposingCodePage&) = delete;
-};
-
-std::u16string core_text(const std::string& argument) { return platform::widen(terminal_code_page(), argument); }
 
 /// What an attachment is called in the message, which holds ASCII only: another name becomes an encoded word.
 std::u16string name_in_mail(const std::string& path) {
@@ -64,7 +53,7 @@ void set_texts(CMessage& message, const NewOptions& options) {
 }
 
 std::shared_ptr<CMessage> composed_message(const NewOptions& options) {
-  const ComposingCodePage composing;
+  const ProcessText in_locale;
   std::shared_ptr<CMessage> message =
       compose::new_message(core_text(options.from), core_text(options.to), core_text(options.subject));
   set_texts(*message, options);
@@ -75,12 +64,9 @@ std::shared_ptr<CMessage> composed_message(const NewOptions& options) {
 void write_new(const NewOptions& options) {
   const std::shared_ptr<CMessage> message = composed_message(options);
   for (const std::string& path : options.attachments) attach(*message, path);
-  try {
-    message->Save(core_path(options.out));
-  } catch (const Error& error) {
-    if (error.number() != ErrorNumber::cannot_update_mailbox) throw;
-    throw Failure("cannot write " + options.out);
-  }
+  Output output(options.out, Output::Existing::is_replaced);
+  message->write(output, CMessage::Place::alone, true);
+  output.finish();
 }
 
 }  // namespace
@@ -88,14 +74,16 @@ void write_new(const NewOptions& options) {
 void add_new(CLI::App& program) {
   const auto options = std::make_shared<NewOptions>();
   CLI::App* verb = program.add_subcommand("new", "Write a new message to a file");
-  verb->add_option("OUT", options->out, "The file to write; it is created or replaced")->required();
-  verb->add_option("--from", options->from, "The sender");
-  verb->add_option("--to", options->to, "The recipients, divided by commas");
-  verb->add_option("--subject", options->subject, "The subject");
-  verb->add_option("--text", options->text, "The plain text");
-  verb->add_option("--html", options->html, "The HTML text");
+  verb->add_option("OUT", options->out, "The file to write, which is created or replaced; - is standard output")
+      ->required();
+  verb->add_option("--from", options->from, "The sender")->type_name("ADDRESS");
+  verb->add_option("--to", options->to, "The recipients, divided by commas")->type_name("ADDRESSES");
+  verb->add_option("--subject", options->subject, "The subject")->type_name("TEXT");
+  verb->add_option("--text", options->text, "The plain text")->type_name("TEXT");
+  verb->add_option("--html", options->html, "The HTML text")->type_name("HTML");
   verb->add_option("--attachment", options->attachments, "A file to attach; may be given several times")
-      ->allow_extra_args(false);
+      ->allow_extra_args(false)
+      ->type_name("FILE");
   verb->callback([options] { write_new(*options); });
 }
 

@@ -2,15 +2,9 @@
 
 #include <system_error>
 
-#include "command/failure.h"
-#include "errors/error.h"
-#include "mailbox/messages.h"
-#include "mailbox/vellobar.h"
 #include "platform/code_page.h"
 
 namespace vellobar::command {
-
-namespace {
 
 std::string why_unreadable(const std::string& path) {
   std::error_code problem;
@@ -23,8 +17,6 @@ std::string why_unreadable(const std::string& path) {
   }
   return "permission denied";
 }
-
-}  // namespace
 
 #ifdef _WIN32
 
@@ -53,24 +45,5 @@ std::filesystem::path library_path(const std::string& path) { return path; }
 std::string from_library_path(const std::filesystem::path& path) { return path.string(); }
 
 #endif
-
-void lock_mailbox(CVellobar& control, const std::string& path) {
-  control.SetFilename(core_path(path));
-  try {
-    control.Lock();
-  } catch (const Error& error) {
-    if (error.number() != ErrorNumber::cannot_open_mailbox) throw;
-    throw Failure("cannot open mailbox " + path + ": " + why_unreadable(path));
-  }
-}
-
-std::shared_ptr<CMessage> message_at(CVellobar& control, std::int64_t index, const std::string& path) {
-  const std::int64_t count = control.Messages()->Count();
-  if (index < 0 || index >= count) {
-    throw Failure("there is no message " + std::to_string(index) + ": " + path + " holds " + std::to_string(count) +
-                  (count == 1 ? " message" : " messages") + ", counted from 0");
-  }
-  return control.Messages()->Item(index);
-}
 
 }  // namespace vellobar::command

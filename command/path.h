@@ -1,15 +1,8 @@
 // Paths as the command line was given them: bytes that the system takes as they are, on Windows UTF-8.
 #pragma once
 
-#include <cstdint>
 #include <filesystem>
-#include <memory>
 #include <string>
-
-namespace vellobar {
-class CMessage;
-class CVellobar;
-}  // namespace vellobar
 
 namespace vellobar::command {
 
@@ -22,10 +15,7 @@ std::string system_path(const std::string& path);
 std::filesystem::path library_path(const std::string& path);
 std::string from_library_path(const std::filesystem::path& path);
 
-/// Locks the mailbox at a path, or throws a Failure that says why it cannot be read.
-void lock_mailbox(CVellobar& control, const std::string& path);
-
-/// The message at a position of a locked mailbox, or throws a Failure that says how many there are.
-std::shared_ptr<CMessage> message_at(CVellobar& control, std::int64_t index, const std::string& path);
+/// Why a file cannot be opened for reading, as the end of a sentence.
+std::string why_unreadable(const std::string& path);
 
 }  // namespace vellobar::command

@@ -31,8 +31,11 @@ bool standard_error_is_a_terminal() {
 ProgressBar::ProgressBar(std::string title)
     : title_(std::move(title)), on_terminal_(standard_error_is_a_terminal()), next_draw_(Clock::now() + kBeforeFirst) {}
 
-ProgressBar::~ProgressBar() {
+ProgressBar::~ProgressBar() { clear(); }
+
+void ProgressBar::clear() {
   if (drawn_) std::fputs("\r\033[K", stderr);
+  drawn_ = false;
 }
 
 void ProgressBar::show(std::int64_t done, std::int64_t total) {

@@ -18,6 +18,9 @@ class ProgressBar {
   /// Shows `done` of `total`, in whatever unit.
   void show(std::int64_t done, std::int64_t total);
 
+  /// Takes the bar away until it is shown again, so that something else can be printed.
+  void clear();
+
  private:
   using Clock = std::chrono::steady_clock;
 

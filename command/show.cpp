@@ -1,4 +1,4 @@
-// `vellobar show FILE INDEX`: one message as a person wants it, its headers, text, parts and attachments.
+// `vellobar show FILE MESSAGES...`: messages as a person wants them, with their headers, text, parts and attachments.
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <memory>
@@ -8,14 +8,17 @@
 
 #include "attachments/attachment.h"
 #include "attachments/attachments.h"
-#include "command/path.h"
+#include "command/attachment_rows.h"
+#include "command/failure.h"
+#include "command/header_values.h"
+#include "command/json.h"
+#include "command/mailbox_file.h"
+#include "command/selection.h"
 #include "command/terminal.h"
 #include "command/verbs.h"
 #include "headers/headers.h"
 #include "mailbox/message.h"
 #include "mailbox/messages.h"
-#include "mailbox/vellobar.h"
-#include "mime/encoded_word.h"
 #include "platform/code_page.h"
 
 namespace vellobar::command {
@@ -24,8 +27,9 @@ namespace {
 
 struct ShowOptions {
   std::string file;
-  std::int64_t index = 0;
+  Selection selection;
   bool headers_only = false;
+  bool json = false;
 };
 
 /// A decoded value with each of its further lines indented: what mail encodes cannot pass for a header of its own, nor
@@ -45,8 +49,7 @@ std::string shown_value(std::u16string_view value) {
 void show_headers(CMessage& message) {
   const std::shared_ptr<CHeaders> headers = message.Headers();
   for (std::size_t i = 0; i < static_cast<std::size_t>(headers->Count()); ++i) {
-    const std::u16string value = mime::decode_header_value(headers->narrow_value(i));
-    std::printf("%s: %s\n", shown_line(headers->name(i)).c_str(), shown_value(value).c_str());
+    std::printf("%s: %s\n", shown_line(headers->name(i)).c_str(), shown_value(decoded_value(*headers, i)).c_str());
   }
 }
 
@@ -69,23 +72,21 @@ void show_text(CMessage& message) {
   std::printf("\n%s%s", text.c_str(), text.ends_with('\n') ? "" : "\n");
 }
 
-/// A part as a line of the tree: its place below the message ("1.0"), its content type and its size.
-void show_part(CMessage& part, const std::string& place) {
+/// The content type of a part without its parameters.
+std::u16string type_of(CMessage& part) {
   const std::u16string type = part.ContentType();
-  std::printf("  %s %s, %lld bytes\n", place.c_str(),
-              type.empty() ? "no type" : shown_line(type.substr(0, type.find(u';'))).c_str(),
-              static_cast<long long>(part.Size()));
+  return type.substr(0, type.find(u';'));
 }
 
-/// The tree is walked with a stack of its own: mail can nest deeper than the program's.
-void show_tree(CMessage& message) {
+/// Calls the visitor for each part with its place below the message ("1.0"). The tree is walked with a stack of its
+/// own: mail can nest deeper than the program's.
+template <typename Visit>
+void for_each_part(CMessage& message, Visit visit) {
   struct Level {
     std::shared_ptr<CMessages> parts;
     std::int64_t next;
     std::string place;
   };
-  if (message.Parts()->Count() == 0) return;
-  std::printf("\nParts:\n");
   std::vector<Level> levels{{message.Parts(), 0, ""}};
   while (!levels.empty()) {
     Level& level = levels.back();
@@ -95,9 +96,19 @@ void show_tree(CMessage& message) {
     }
     const std::shared_ptr<CMessage> part = level.parts->Item(level.next);
     const std::string place = level.place + std::to_string(level.next++);
-    show_part(*part, place);
+    visit(*part, place);
     levels.push_back({part->Parts(), 0, place + "."});
   }
+}
+
+void show_tree(CMessage& message) {
+  if (message.Parts()->Count() == 0) return;
+  std::printf("\nParts:\n");
+  for_each_part(message, [](CMessage& part, const std::string& place) {
+    const std::u16string type = type_of(part);
+    std::printf("  %s %s, %lld bytes\n", place.c_str(), type.empty() ? "no type" : shown_line(type).c_str(),
+                static_cast<long long>(part.Size()));
+  });
 }
 
 void show_attachments(CMessage& message) {
@@ -112,15 +123,46 @@ void show_attachments(CMessage& message) {
   }
 }
 
-void show(const ShowOptions& options) {
-  CVellobar control;
-  lock_mailbox(control, options.file);
-  const std::shared_ptr<CMessage> message = message_at(control, options.index, options.file);
-  show_headers(*message);
+void show_message(CMessage& message, const ShowOptions& options) {
+  show_headers(message);
   if (options.headers_only) return;
-  show_text(*message);
-  show_tree(*message);
-  show_attachments(*message);
+  show_text(message);
+  show_tree(message);
+  show_attachments(message);
+}
+
+Json parts_of(CMessage& message) {
+  Json parts = Json::array();
+  for_each_part(message, [&](CMessage& part, const std::string& place) {
+    parts.push_back({{"part", place}, {"type", json_text(type_of(part))}, {"size", part.Size()}});
+  });
+  return parts;
+}
+
+void print_object(std::int64_t index, CMessage& message, const ShowOptions& options) {
+  Json object{{"message", index},
+              {"position", message.StartPosition()},
+              {"size", message.Size()},
+              {"separator", json_text(message.MailInfo())},
+              {"headers", headers_array(*message.Headers())}};
+  if (!options.headers_only) {
+    object["text"] = json_text(readable_text(message));
+    object["parts"] = parts_of(message);
+    object["attachments"] = attachments_array(message);
+  }
+  print_json(object);
+}
+
+void show(const ShowOptions& options) {
+  if (options.selection.is_empty()) throw WrongUse("say which messages to show: a number such as 0, or 0- for all");
+  const MailboxFile mailbox(options.file);
+  bool is_first = true;
+  for_each_selected(mailbox, options.selection, [&](std::int64_t index, CMessage& message) {
+    if (options.json) return print_object(index, message, options);
+    if (!is_first) std::printf("\n");
+    is_first = false;
+    show_message(message, options);
+  });
 }
 
 }  // namespace
@@ -128,10 +170,11 @@ void show(const ShowOptions& options) {
 void add_show(CLI::App& program) {
   const auto options = std::make_shared<ShowOptions>();
   CLI::App* verb =
-      program.add_subcommand("show", "Print a message: its headers, its text, its parts and its attachments");
-  verb->add_option("FILE", options->file, "The mailbox")->required();
-  verb->add_option("INDEX", options->index, "The message, counted from 0")->required();
+      program.add_subcommand("show", "Print messages: their headers, their text, their parts and their attachments");
+  verb->add_option("FILE", options->file, "The mailbox; - is standard input")->required();
   verb->add_flag("--headers", options->headers_only, "Print the headers only");
+  verb->add_flag("--json", options->json, "Print one JSON object a line");
+  add_selection(*verb, options->selection);
   verb->callback([options] { show(*options); });
 }
 

@@ -177,7 +177,7 @@ check "an attachment that is missing is a clear message" 1 "" \
 "vellobar: cannot attach $folder/none: Cannot open file" new "$folder/other.eml" --text x --attachment "$folder/none"
 [ ! -e "$folder/other.eml" ] || { echo "FAILED nothing is written without the attachment"; failures=$((failures + 1)); }
 check "a message that cannot be written is a clear message" 1 "" \
-"vellobar: cannot write $folder/nowhere/new.eml" new "$folder/nowhere/new.eml" --text x
+"vellobar: cannot write $folder/nowhere/new.eml: there is no such folder" new "$folder/nowhere/new.eml" --text x
 
 # File names beyond ASCII, in the mail, on the disk and as arguments.
 mkdir "$folder/grün"
