@@ -1,6 +1,8 @@
 // All that a program needs to use the library: `#include <vellobar/vellobar.h>`.
 #pragma once
 
+#include "api/content.h"
+#include "api/dates.h"
 #include "api/paths.h"
 #include "api/utf8.h"
 #include "attachments/attachment.h"
