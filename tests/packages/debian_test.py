@@ -16,7 +16,8 @@ from source_install_test import FILES, HEADERS, SOURCES, run
 
 DEVELOPMENT = {f"usr/{path}" for path in FILES if path.startswith(("lib/", "share/doc/libvellobar-dev/"))}
 DEVELOPMENT |= {f"usr/include/vellobar/{header}" for header in HEADERS}
-COMMAND = {f"usr/{path}" for path in FILES if path.startswith(("bin/", "share/man/", "share/bash-completion/"))}
+COMMAND = {f"usr/{path}" for path in FILES if path.startswith(("bin/", "share/bash-completion/"))}
+COMMAND |= {f"usr/{path}.gz" for path in FILES if path.startswith("share/man/")}
 
 
 def documents(package):

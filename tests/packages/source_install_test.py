@@ -32,6 +32,8 @@ FILES = """
     share/doc/vellobar/CHANGELOG.md
     share/doc/vellobar/LICENSE
 """.split()
+if (SOURCES / "command/completion").is_dir():
+    FILES += ["share/bash-completion/completions/vellobar", "share/man/man1/vellobar.1"]
 LISTING = "0: Rehearsal moved to Thursday\n"
 
 
