@@ -5,11 +5,14 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
+#include "mailbox/item_iterator.h"
 #include "mailbox/owner.h"
 
 namespace vellobar {
@@ -68,5 +71,11 @@ class CAttachments {
   bool scan_text_ = false;
   std::vector<std::shared_ptr<CAttachment>> items_;
 };
+
+/// `for (const auto& attachment : message->Attachments())`: see ItemIterator.
+inline ItemIterator<CAttachments, CAttachment> begin(std::shared_ptr<CAttachments> attachments) {
+  return ItemIterator<CAttachments, CAttachment>(std::move(attachments));
+}
+inline std::default_sentinel_t end(std::shared_ptr<CAttachments>) { return {}; }
 
 }  // namespace vellobar

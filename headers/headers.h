@@ -6,11 +6,14 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
+#include "mailbox/item_iterator.h"
 #include "mailbox/owner.h"
 
 namespace vellobar {
@@ -116,5 +119,11 @@ class CHeaders {
   std::vector<Entry> items_;
   Decoded decoded_;
 };
+
+/// `for (const auto& header : message->Headers())`: see ItemIterator.
+inline ItemIterator<CHeaders, CHeader> begin(std::shared_ptr<CHeaders> headers) {
+  return ItemIterator<CHeaders, CHeader>(std::move(headers));
+}
+inline std::default_sentinel_t end(std::shared_ptr<CHeaders>) { return {}; }
 
 }  // namespace vellobar

@@ -167,6 +167,14 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// The collection of attachments. Error 30005 when the message cannot be loaded.
   std::shared_ptr<CAttachments> Attachments();
 
+  // ---- Composing ----
+
+  /// Makes a message that is not multipart yet multipart/`subtype`, with a boundary of its own; nobody is told.
+  void make_multipart(std::u16string_view subtype);
+  /// Makes `text` the part of this content type ("text/plain", "text/html"), which is added when the message has none;
+  /// a message without one becomes multipart/alternative first.
+  void set_text_part(std::u16string_view content_type, std::u16string_view text);
+
   // ---- For the component's own use ----
 
   /// The header block, read on first use; null when it is unreadable.
@@ -191,12 +199,6 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   CMessage* find_part(std::u16string_view content_type);
   /// The parts of a message that has a boundary or was given parts, else null. A text without a boundary is not read.
   CMessages* parts_if_any();
-
-  /// Makes a message that is not multipart yet multipart/`subtype`, with a boundary of its own; nobody is told.
-  void make_multipart(std::u16string_view subtype);
-  /// Makes `text` the part of this content type ("text/plain", "text/html"), which is added when the message has none;
-  /// a message without one becomes multipart/alternative first.
-  void set_text_part(std::u16string_view content_type, std::u16string_view text);
 
   const OwnerLink& owner() const { return owner_; }
   CMessages* collection() const { return collection_; }

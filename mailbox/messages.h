@@ -5,18 +5,24 @@
 
 #include <cstdint>
 #include <deque>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "mailbox/extent.h"
+#include "mailbox/item_iterator.h"
 #include "mailbox/owner.h"
-#include "mailbox/scanner.h"
 
 namespace vellobar {
 
 class CMessage;
+
+namespace mailbox {
+struct ScanResult;
+}
 
 namespace mime {
 class PartOutline;
@@ -133,6 +139,12 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   std::vector<std::int64_t> removed_positions_;   ///< where scanned messages began that were removed since
   std::vector<std::weak_ptr<CMessage>> removed_;  ///< objects of removed messages, which others may hold
 };
+
+/// `for (const auto& message : mailbox.Messages())`: see ItemIterator.
+inline ItemIterator<CMessages, CMessage> begin(std::shared_ptr<CMessages> messages) {
+  return ItemIterator<CMessages, CMessage>(std::move(messages));
+}
+inline std::default_sentinel_t end(std::shared_ptr<CMessages>) { return {}; }
 
 /// Lets go of messages and of what is below them, however deep that is.
 void release(std::vector<std::shared_ptr<CMessage>> messages) noexcept;

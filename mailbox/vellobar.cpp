@@ -154,6 +154,8 @@ std::int32_t CVellobar::Language() noexcept { return language(); }
 
 void CVellobar::SetLanguage(std::int32_t value) noexcept { language() = value; }
 
+std::u16string_view CVellobar::Version() { return u"" VELLOBAR_VERSION; }
+
 std::int32_t CVellobar::CharSet() noexcept { return platform::process_code_page(); }
 
 void CVellobar::SetCharSet(std::int32_t code_page) noexcept { platform::set_process_code_page(code_page); }

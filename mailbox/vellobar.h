@@ -67,7 +67,7 @@ class CVellobar {
                                        std::u16string_view subject, std::u16string_view plain_text,
                                        std::u16string_view html_text, std::u16string_view attachment);
 
-  static std::u16string_view Version() { return u"2.2.6.119"; }
+  static std::u16string_view Version();
 
   /// Process-wide; stored and read back only.
   static std::int32_t Language() noexcept;

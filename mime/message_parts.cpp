@@ -11,6 +11,7 @@
 #include "headers/headers.h"
 #include "mailbox/message.h"
 #include "mailbox/messages.h"
+#include "mailbox/scanner.h"
 #include "mime/body_text.h"
 #include "mime/boundary.h"
 #include "mime/part_outline.h"

@@ -213,7 +213,7 @@ class TheManual(unittest.TestCase):
             self.assertIn(f'"address": "{page.target}"', index)
         self.assertIn('"address": "reference/Message.html#partsboundary"', index)
 
-    @unittest.skipUnless(shutil.which("chmcmd"), "the help compiler is not installed: scripts/install-packages --manual")
+    @unittest.skipUnless(shutil.which("chmcmd"), "the help compiler is not installed: scripts/install-packages")
     def test_the_help_file_holds_every_page_as_it_was_written(self):
         with tempfile.TemporaryDirectory() as work:
             files = help_file.help_files(manual.DOCS, self.manual.surface, self.manual.contents, self.manual.pages)

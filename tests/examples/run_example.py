@@ -1,9 +1,10 @@
 """Runs the examples of one host as a reader would, on copies of the sample mailbox, and looks at the files that they leave.
 
-    run_example.py FOLDER SAMPLE COMMAND...
+    run_example.py [--here] FOLDER SAMPLE COMMAND...
 
 A task is the command with the task's word and its arguments behind it; where each task has a file of its own, the command holds
-"*" in the place of the file's name. FOLDER is made new, SAMPLE is the sample mailbox.
+"*" in the place of the file's name. FOLDER is made new, SAMPLE is the sample mailbox. The command runs Windows programs, with
+--here programs of this machine.
 """
 import base64
 import shutil
@@ -20,6 +21,7 @@ class Example(unittest.TestCase):
     folder = Path()
     sample = Path()
     command = []
+    drive = "Z:"
 
     def setUp(self):
         shutil.rmtree(self.folder, ignore_errors=True)
@@ -31,7 +33,7 @@ class Example(unittest.TestCase):
         words = [word.replace("*", FILES[task]) for word in self.command]
         if words == self.command:
             words.append(task)
-        words += [f"Z:{argument}" for argument in arguments]
+        words += [f"{self.drive}{argument}" for argument in arguments]
         return subprocess.run(words, stdout=subprocess.PIPE, timeout=300)
 
     def output_of(self, task, *arguments):
@@ -76,6 +78,9 @@ class Example(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    Example.folder, Example.sample = Path(sys.argv[1]), Path(sys.argv[2])
-    Example.command = sys.argv[3:]
+    arguments = sys.argv[1:]
+    if arguments[0] == "--here":
+        Example.drive, arguments = "", arguments[1:]
+    Example.folder, Example.sample = Path(arguments[0]), Path(arguments[1])
+    Example.command = arguments[2:]
     unittest.main(argv=sys.argv[:1], verbosity=2)
