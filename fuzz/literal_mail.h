@@ -11,7 +11,7 @@
 namespace vellobar::fuzz {
 
 struct LiteralBlock {
-  std::vector<std::pair<std::string, std::string>> headers;  ///< names and values
+  std::vector<std::pair<std::string, std::string>> headers = {};  ///< names and values
   std::size_t body_offset = 0;
   bool is_readable = true;  ///< false with a line of 16,384 bytes or more
 };
@@ -26,9 +26,9 @@ struct LiteralMessage {
   std::size_t start = 0;
   std::size_t end = 0;
   bool has_separator = false;
-  std::string separator_line;
-  LiteralBlock block;
-  std::string body;
+  std::string separator_line = {};
+  LiteralBlock block = {};
+  std::string body = {};
 };
 
 /// The messages of a mailbox whose lines are all shorter than 16,384 bytes.

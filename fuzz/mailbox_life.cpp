@@ -160,8 +160,8 @@ const std::vector<MailboxLife::Step>& MailboxLife::careless_steps() {
 
 std::shared_ptr<CMessage> MailboxLife::message(Choices& choices) {
   const auto& messages = control_.Messages();
-  if (messages->Count() == 0) return messages->Add();
-  return messages->Item(static_cast<std::int64_t>(choices.below(256)) % messages->Count());
+  const std::int64_t count = std::max<std::int64_t>(messages->Count(), 1);
+  return messages->Item(static_cast<std::int64_t>(choices.below(256)) % count);
 }
 
 std::shared_ptr<CMessage> MailboxLife::any_message(Choices& choices) {
