@@ -53,6 +53,11 @@ void MailboxLife::step(Choices& choices) {
   const Step chosen = all[choices.below(all.size())];
   const bool changed_before = control_.Changed();
   succeeds([&] { (this->*chosen)(choices); });
+  if (client_ == Client::is_careless) {
+    // A code page that cannot name the file keeps it from being locked afresh.
+    platform::set_process_code_page(control_.Locked() ? platform::process_code_page() : 0);
+    control_.Lock();
+  }
   require(control_.Locked(), "a mailbox stays locked");
   if (chosen == &MailboxLife::read || chosen == &MailboxLife::load || chosen == &MailboxLife::save) {
     require(control_.Changed() == changed_before || control_.AutoUpdate(), "reading changes no mailbox");
@@ -164,6 +169,12 @@ std::shared_ptr<CMessage> MailboxLife::message(Choices& choices) {
   return messages->Item(static_cast<std::int64_t>(choices.below(256)) % count);
 }
 
+std::shared_ptr<CMessage> MailboxLife::loaded_message(Choices& choices) {
+  const auto chosen = message(choices);
+  chosen->Load();
+  return chosen;
+}
+
 std::shared_ptr<CMessage> MailboxLife::any_message(Choices& choices) {
   if (held_.empty() || choices.flip()) return message(choices);
   return held_[choices.below(held_.size())];
@@ -200,15 +211,15 @@ void MailboxLife::read(Choices& choices) {
 }
 
 void MailboxLife::add_header(Choices& choices) {
-  message(choices)->Headers()->Add(choices.among(kNames), choices.among(kValues));
+  loaded_message(choices)->Headers()->Add(choices.among(kNames), choices.among(kValues));
 }
 
 void MailboxLife::remove_header(Choices& choices) {
-  message(choices)->Headers()->Remove(static_cast<std::int64_t>(choices.below(5)));
+  loaded_message(choices)->Headers()->Remove(static_cast<std::int64_t>(choices.below(5)));
 }
 
 void MailboxLife::put_header(Choices& choices) {
-  const auto header = message(choices)->Headers()->Item(static_cast<std::int64_t>(choices.below(5)));
+  const auto header = loaded_message(choices)->Headers()->Item(static_cast<std::int64_t>(choices.below(5)));
   if (choices.flip()) {
     header->SetName(choices.among(kNames));
   } else {
@@ -217,9 +228,8 @@ void MailboxLife::put_header(Choices& choices) {
 }
 
 void MailboxLife::put_named_header(Choices& choices) {
-  const auto chosen = message(choices);
-  // A block that was not read yet gets a second header of the name, deliberately; a reader would see a difference.
-  chosen->Headers();
+  // A block that was not read yet gets a second header of the name, deliberately.
+  const auto chosen = loaded_message(choices);
   using Put = void (CMessage::*)(std::u16string_view);
   static constexpr Put kPuts[] = {&CMessage::SetSubject, &CMessage::SetTo, &CMessage::SetContentType};
   (*chosen.*choices.among(kPuts))(choices.among(kValues));

@@ -73,6 +73,8 @@ class MailboxLife {
   void cut_file(Choices&);
 
   std::shared_ptr<CMessage> message(Choices& choices);
+  /// One that was read by now: a boundary in a header decides about parts when the text is read, deliberately.
+  std::shared_ptr<CMessage> loaded_message(Choices& choices);
   /// A message of the mailbox or one that is held.
   std::shared_ptr<CMessage> any_message(Choices& choices);
   /// A file that holds a piece of the mailbox's first content.
