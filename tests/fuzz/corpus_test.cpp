@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <string>
@@ -20,6 +22,12 @@ constexpr int kMutations = 60;
 #else
 constexpr int kMutations = 300;
 #endif
+
+/// VELLOBAR_TEST_ROUNDS asks for as many times more.
+int mutations() {
+  const char* factor = std::getenv("VELLOBAR_TEST_ROUNDS");
+  return kMutations * (factor == nullptr ? 1 : std::max(1, std::atoi(factor)));
+}
 
 std::vector<std::string> corpus(const fuzz::Target& target) {
   std::vector<std::string> paths;
@@ -63,7 +71,8 @@ TEST_P(FuzzTargets, laws_hold_for_inputs_made_of_those_at_random) {
   std::vector<std::string> inputs;
   for (const std::string& path : corpus(GetParam())) inputs.push_back(tests::read_file(path));
   tests::Mutation mutation(inputs, 1);
-  for (int i = 0; i < kMutations; ++i) {
+  const int rounds = mutations();
+  for (int i = 0; i < rounds; ++i) {
     if (!holds(GetParam(), mutation.next(), "input " + std::to_string(i))) return;
   }
 }
