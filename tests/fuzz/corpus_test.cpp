@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,14 @@
 #include "tests/support/files.h"
 
 namespace vellobar {
+
+namespace fuzz {
+
+/// Gives a target its name in messages of failed tests.
+static void PrintTo(const Target& target, std::ostream* out) { *out << target.name; }
+
+}  // namespace fuzz
+
 namespace {
 
 /// Where files cost much more than elsewhere (Windows programs, sanitizers), fewer.
