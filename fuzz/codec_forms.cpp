@@ -5,13 +5,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <memory>
-#include <random>
 #include <string>
 #include <string_view>
 
@@ -24,15 +19,20 @@
 #include "codecs/sextet_decoder.h"
 #include "codecs/strings.h"
 #include "codecs/uuencode.h"
+#include "fuzz/scratch.h"
+#include "fuzz/target.h"
+#include "fuzz/targets.h"
 #include "platform/file.h"
 #include "tests/codecs/codec_routines.h"
 #include "tests/codecs/reference_codecs.h"
 
+namespace vellobar::fuzz {
+
 namespace {
 
-using namespace vellobar::codecs;
-using vellobar::platform::ByteSink;
-using vellobar::platform::File;
+using namespace codecs;
+using platform::ByteSink;
+using platform::File;
 
 /// One input to a routine.
 struct Task {
@@ -117,13 +117,6 @@ std::string decoded_uu_lines(std::string_view text) {
   return bytes;
 }
 
-/// A file of this process alone.
-const std::string& scratch_path() {
-  static const std::string path =
-      (std::filesystem::temp_directory_path() / ("vellobar_fuzz_" + std::to_string(std::random_device()()))).string();
-  return path;
-}
-
 class StringSink : public ByteSink {
  public:
   void write(std::string_view bytes) override { text.append(bytes); }
@@ -132,18 +125,9 @@ class StringSink : public ByteSink {
 
 template <typename Code>
 Outcome through_file(const Task& task, Code code) {
-  std::ofstream written(scratch_path(), std::ios::binary);
-  written.write(task.text.data(), static_cast<std::streamsize>(task.text.size()));
-  written.close();
-  const auto file = File::open(scratch_path());
-  if (!written || !file) {
-    // A full disk is no finding.
-    std::perror(scratch_path().c_str());
-    std::exit(EXIT_FAILURE);
-  }
+  const auto file = file_of(task.text);
   StringSink sink;
   code(*file, sink);
-  std::remove(scratch_path().c_str());
   return {sink.text, ""};
 }
 
@@ -279,20 +263,25 @@ Outcome run(const Shape& shape, const Kernels& form, const Task& task) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  if (size < kChoices) return 0;
-  const Shape& shape = kShapes[data[0] % std::size(kShapes)];
-  const Preparation prepare = kPreparations[data[1] % std::size(kPreparations)];
-  Task task{prepare(view_of(data + kChoices, size - kChoices)), data[2] + 1u, 0, 0};
+void fuzz_codec_forms(std::string_view input) {
+  if (input.size() < kChoices) return;
+  const auto choice = [&](std::size_t i) { return static_cast<std::size_t>(static_cast<unsigned char>(input[i])); };
+  const Shape& shape = kShapes[choice(0) % std::size(kShapes)];
+  const Preparation prepare = kPreparations[choice(1) % std::size(kPreparations)];
+  Task task{prepare(input.substr(kChoices)), choice(2) + 1, 0, 0};
   // One byte is spoilt, and the range is cut at both ends.
-  const std::size_t place = data[3] * 256u + data[4];
-  if (place < task.text.size()) task.text[place] = static_cast<char>(data[5]);
-  task.start = std::min<std::size_t>(data[6], task.text.size());
-  task.end = std::max(task.text.size() - std::min<std::size_t>(data[7], task.text.size()), task.start);
+  const std::size_t place = choice(3) * 256 + choice(4);
+  if (place < task.text.size()) task.text[place] = input[5];
+  task.start = std::min(choice(6), task.text.size());
+  task.end = std::max(task.text.size() - std::min(choice(7), task.text.size()), task.start);
   const Outcome plain = run(shape, kScalarKernels, task);
-  if (plain.result != shape.expected(task)) std::abort();
+  require_same(plain.result, shape.expected(task), "the plain form of a codec gives what its rule gives");
   for (const Kernels* form : {avx2_kernels(), avx512_kernels()}) {
-    if (form != nullptr && run(shape, *form, task) != plain) std::abort();
+    if (form == nullptr) continue;
+    const Outcome fast = run(shape, *form, task);
+    require_same(fast.result, plain.result, "every form of a codec gives the same");
+    require_same(fast.source, plain.source, "every form of a codec leaves its source the same");
   }
-  return 0;
 }
+
+}  // namespace vellobar::fuzz
