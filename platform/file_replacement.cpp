@@ -126,7 +126,7 @@ void FileReplacement::carry_over_or_undo(File& old_file, std::int64_t copied) {
   try {
     if (!kReplacesOpenFiles && !replaced) refuse(std::errc::io_error, "open the old file");
     carry_over(replaced ? *replaced : old_file, copied);
-  } catch (const std::system_error&) {
+  } catch (...) {
     replaced.reset();
     undo(old_file);
     throw;
