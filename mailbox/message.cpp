@@ -92,7 +92,11 @@ void CMessage::make_missing_separator_line() {
 
 void CMessage::Load() {
   load_body();
-  if (!body_) body_.emplace();
+  if (!body_) {
+    body_.emplace();
+    // Its header block may be readable later, and then this is not its body.
+    is_cut_short_ = true;
+  }
   changed_ = false;
 }
 

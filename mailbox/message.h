@@ -290,6 +290,8 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// The whole message but its parts, as a client reads it.
   std::u16string own_body() const;
   bool is_as_read();
+  /// The same of all but its own headers.
+  bool has_body_of_file();
   /// True when the header block, which has been read, goes on behind the end.
   bool headers_run_on() const { return body_offset_ > end_; }
   /// Whether one of the collections of parts made so far, at any depth, is wanted.

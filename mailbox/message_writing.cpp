@@ -83,14 +83,18 @@ void CMessage::write(platform::ByteSink& sink, Place place, bool keeps) {
 }
 
 bool CMessage::write_own_text(platform::ByteSink& sink, Place place) {
+  if (file_) file_->forget_failure();
+  // What could not be read before may be readable now.
+  if (is_cut_short_ && has_body_of_file() && !has_held_parts()) drop_body();
   const bool is_readable = load_headers() != nullptr;
   Load();
+  if (file_ && file_->failed()) refuse_cut_message();
   if (!is_readable || has_misplaced_parts_) {
     if (!is_as_read()) refuse_cut_message();
     write_own_bytes(sink, place);
     return false;
   }
-  if (is_cut_short_ || (file_ && file_->failed())) refuse_cut_message();
+  if (is_cut_short_) refuse_cut_message();
   write_separator_line(sink, place);
   sink.write(headers_->to_bytes());
   sink.write(platform::kLineEnd);
@@ -98,12 +102,14 @@ bool CMessage::write_own_text(platform::ByteSink& sink, Place place) {
   return parts_ && parts_->Count() > 0;
 }
 
-bool CMessage::is_as_read() {
+bool CMessage::is_as_read() { return has_headers_of_file() && has_body_of_file(); }
+
+bool CMessage::has_body_of_file() {
   std::vector<CMessage*> waiting{this};
   while (!waiting.empty()) {
     CMessage& message = *waiting.back();
     waiting.pop_back();
-    if (message.text_was_put_ || !message.has_headers_of_file()) return false;
+    if (message.text_was_put_ || (&message != this && !message.has_headers_of_file())) return false;
     if (!message.parts_) continue;
     if (!message.parts_->is_as_scanned()) return false;
     message.parts_->append_existing(waiting);

@@ -226,13 +226,17 @@ mailbox::ScanResult CMessages::scan_range(std::int64_t from, std::int64_t limit)
   return mailbox::scan(*file_, from, limit, scanned_separator_, sink);
 }
 
-void CMessages::write_mailbox(platform::ByteSink& sink) {
+void CMessages::check_positions() const {
   // A removed message counts as well: where it did not begin at its position, its neighbours' bytes are not what they
   // seem.
   for (const std::int64_t position : removed_positions_) check_position(position);
   for (const Entry& entry : items_) {
     if (entry.extent.has_separator) check_position(entry.extent.start);
   }
+}
+
+void CMessages::write_mailbox(platform::ByteSink& sink) {
+  check_positions();
   // What was removed may be held by a client, or be in another mailbox, and is read from the file that is about to go.
   for (const std::weak_ptr<CMessage>& removed : removed_) {
     if (const std::shared_ptr<CMessage> message = removed.lock()) message->load_tree();

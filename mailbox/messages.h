@@ -99,6 +99,9 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   /// True while the collection holds just what was scanned, each message where it was found.
   bool is_as_scanned() const;
 
+  /// Throws std::system_error when a scanned message does not begin where it was found any longer.
+  void check_positions() const;
+
   /// Writes a whole mailbox, having made sure that every scanned message still begins where it was found. Messages of
   /// which a client holds nothing are read, written and dropped one at a time; the others stay in memory, whole. Throws
   /// std::system_error when a message does not begin in its place (with nothing written), cannot be read whole, or when

@@ -34,6 +34,13 @@ std::int64_t copy_appended_mail(platform::File& file, std::int64_t position, pla
   return position;
 }
 
+/// Throws std::system_error when the path does not name the locked file any longer, or that was cut.
+void require_same_mailbox(const std::string& path, const platform::File& file) {
+  if (!file.is_same_file(path) || file.current_size() < file.size()) {
+    throw std::system_error(std::make_error_code(std::errc::io_error), "the mailbox was replaced or cut");
+  }
+}
+
 /// Writes the messages of a mailbox and what was appended to it since it was locked, and puts that in its place.
 void replace_mailbox(const std::string& path, platform::File& file, CMessages& messages,
                      FileReplacement::Staging where) {
@@ -42,6 +49,9 @@ void replace_mailbox(const std::string& path, platform::File& file, CMessages& m
   // Most of the waiting comes before the lock, which keeps others from delivering mail.
   replacement.sync();
   replacement.lock();
+  // While this waited, somebody else may have rewritten it.
+  require_same_mailbox(path, file);
+  messages.check_positions();
   // Not everybody looks at a lock; syncing takes a while.
   std::int64_t copied = file.size();
   do {
@@ -123,9 +133,8 @@ void CVellobar::write_mailbox() {
   if (!mailbox::can_write_separator_lines()) {
     throw std::system_error(std::make_error_code(std::errc::illegal_byte_sequence), "no code page for a mailbox");
   }
-  if (!file_->is_same_file(path_) || file_->current_size() < file_->size()) {
-    throw std::system_error(std::make_error_code(std::errc::io_error), "the mailbox was replaced or cut");
-  }
+  require_same_mailbox(path_, *file_);
+  file_->forget_failure();
   try {
     replace_mailbox(path_, *file_, *messages_, FileReplacement::Staging::beside);
   } catch (const std::system_error& error) {

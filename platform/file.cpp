@@ -72,10 +72,9 @@ void OutputFile::sync() {
   handle_.sync();
 }
 
-void OutputFile::truncate_and_sync(std::int64_t size) {
+bool OutputFile::resize(std::int64_t expected, std::int64_t size) {
   flush();
-  handle_.truncate(size);
-  handle_.sync();
+  return handle_.resize(expected, size);
 }
 
 void OutputFile::close() {

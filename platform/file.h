@@ -38,8 +38,11 @@ class File {
   /// The furthest position that was read so far.
   std::int64_t read_up_to() const noexcept { return read_up_to_; }
 
-  /// True once a read failed for another reason than the end of the file.
+  /// True once a read failed for another reason than the end of the file, until that is forgotten.
   bool failed() const noexcept { return failed_; }
+
+  /// Forgets that a read failed, to try again.
+  void forget_failure() noexcept { failed_ = false; }
 
   /// True when the path names this very file (same volume and file, links followed).
   bool is_same_file(const std::string& path) const noexcept { return handle_.is_file(path); }
@@ -90,8 +93,8 @@ class OutputFile : public ByteSink {
   void flush();
   /// Hands over buffered bytes and waits until they are on the disk.
   void sync();
-  /// Hands over buffered bytes, cuts the file at this size, and waits until that is on the disk.
-  void truncate_and_sync(std::int64_t size);
+  /// Hands over buffered bytes, and cuts or extends the file; false when it has not the expected size.
+  bool resize(std::int64_t expected, std::int64_t size);
   /// Hands over buffered bytes and closes.
   void close();
 

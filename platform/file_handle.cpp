@@ -69,8 +69,11 @@ void FileHandle::write(std::string_view bytes) {
   }
 }
 
-void FileHandle::truncate(std::int64_t size) {
-  require("truncate", [&] { return file_system().truncate(file_, size); });
+bool FileHandle::resize(std::int64_t expected, std::int64_t size) {
+  const std::error_code failure = uninterrupted([&] { return file_system().resize(file_, expected, size); });
+  if (failure == std::errc::resource_unavailable_try_again) return false;
+  if (failure) throw std::system_error(failure, "resize");
+  return true;
 }
 
 void FileHandle::sync() {
@@ -92,6 +95,16 @@ bool copy_attributes(const std::string& from, const std::string& to) noexcept {
 
 void rename_over(const std::string& from, const std::string& to) {
   require("rename", [&] { return file_system().rename(from, to); });
+}
+
+std::error_code add_name(const std::string& path, const std::string& name) noexcept {
+  return uninterrupted([&] { return file_system().link(path, name); });
+}
+
+std::optional<std::string> make_unique_file(const std::string& folder, const std::string& prefix) {
+  std::string path;
+  if (uninterrupted([&] { return file_system().make_unique(folder, prefix, path); })) return std::nullopt;
+  return path;
 }
 
 void sync_folder_of(const std::string& path) {

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -35,8 +36,8 @@ class FileHandle {
 
   /// Writes behind what was written before, from the front of the file on.
   void write(std::string_view bytes);
-  /// Cuts or extends.
-  void truncate(std::int64_t size);
+  /// Cuts or extends; false, with nothing done, when the file has not the expected size.
+  bool resize(std::int64_t expected, std::int64_t size);
   /// Waits until everything written is on the disk.
   void sync();
   void close();
@@ -52,6 +53,12 @@ bool copy_attributes(const std::string& from, const std::string& to) noexcept;
 
 /// Puts `from` in the place of `to` in one step.
 void rename_over(const std::string& from, const std::string& to);
+
+/// Gives a file a second name, one that does not exist; the failure when that cannot be done.
+std::error_code add_name(const std::string& path, const std::string& name) noexcept;
+
+/// Makes an empty file under a new name that begins with `prefix`, readable by the user only; none when it cannot.
+std::optional<std::string> make_unique_file(const std::string& folder, const std::string& prefix);
 
 /// Waits until the folder that holds the path has its entries on the disk, where the system offers it.
 void sync_folder_of(const std::string& path);

@@ -13,11 +13,14 @@
 // overwriting both contents are on the disk: when a call fails the old one is put back, and when the process or the
 // system dies `finish_interrupted_replacement` completes one or the other.
 //
-// For the moment of putting the new content in place the file is locked against programs that deliver mail and look at
-// such locks. On Windows, where no file is replaced while it is open, the lock is given up right before the renaming.
+// For the moment of putting the new content in place the file is locked against programs that deliver mail: with a lock
+// file, which some of them look at, and a lock on the file itself, which others do. On Windows, where no file is
+// replaced while it is open, that lock is given up right before the renaming. What anybody appends to the old file
+// until then, with or without a lock, is carried over to the new one: the old file has a second name until that is
+// done, by which it also comes back when it cannot be done.
 //
 // The files go by fixed names (see staging_files.h) and are held while they are used: of two processes that replace one
-// file at the same time the second one stages elsewhere or is refused.
+// file at the same time the second one is refused.
 #pragma once
 
 #include <cstdint>
@@ -26,6 +29,7 @@
 #include <string_view>
 
 #include "platform/file.h"
+#include "platform/lock_file.h"
 #include "platform/staging_files.h"
 
 namespace vellobar::platform {
@@ -37,7 +41,8 @@ class FileReplacement : public ByteSink {
   enum class Staging { beside, elsewhere };
 
   /// Prepares to replace an existing regular file. Throws std::system_error, with nothing touched, when the path is
-  /// none, when it cannot be opened for writing, or when there is nowhere to stage the new content.
+  /// none, when it cannot be opened for writing, when somebody else is replacing it, or when there is nowhere to stage
+  /// the new content.
   explicit FileReplacement(const std::string& path, Staging where = Staging::beside);
   /// Without a commit, removes what was staged; the old file is as it was.
   ~FileReplacement() override;
@@ -54,25 +59,34 @@ class FileReplacement : public ByteSink {
   /// it locked, and then throws std::system_error.
   void lock();
 
-  /// Puts the new content in place, which must be synced. `old_file` is the caller's open view of the old one: where
-  /// the system needs it, it is let go for the moment of replacing and, when that fails, opened again. What somebody
-  /// wrote to the old file behind `copied` meanwhile is carried over. Throws std::system_error when the old content is
-  /// still (or again) in force, or when something cannot be carried over.
+  /// Puts the new content in place, which must be synced and stand for the first `copied` bytes of the old file.
+  /// `old_file` is the caller's open view of that: where the system needs it, it is let go for the moment of replacing
+  /// and, when that fails, opened again. What somebody wrote to the old file behind `copied` meanwhile is carried over.
+  /// Throws std::system_error when the old content is still, or again, in force.
   void commit(File& old_file, std::int64_t copied);
 
  private:
   bool stage(StagingFiles files);
-  bool put_in_place_by_renaming(File& old_file);
-  void carry_over(File& old_file, std::int64_t copied);
-  void keep_old_content();
-  void rewrite_in_place();
+  bool try_lock();
+  bool put_in_place_by_renaming(File& old_file, std::int64_t copied);
+  void let_go(File& old_file);
+  void take_back(File& old_file);
+  void carry_over_or_undo(File& old_file, std::int64_t copied);
+  void undo(File& old_file);
+  void remove_other_names() noexcept;
+  void carry_over(File& from, std::int64_t copied);
+  std::unique_ptr<OutputFile> keep_old_content(std::int64_t copied);
+  void rewrite_in_place(std::int64_t copied);
 
   std::string path_;
   StagingFiles files_;
   std::unique_ptr<OutputFile> staged_;
+  LockFile lock_file_;
   FileHandle locked_;
   bool can_rename_ = false;
-  bool leaves_files_ = false;  ///< the staged file has another name now, or is needed to recover
+  std::string kept_;              ///< a name of the old file that outlives a death while mail is carried over
+  bool has_second_name_ = false;  ///< the old file, by files_.replaced
+  bool leaves_files_ = false;     ///< the staged file has another name now, or is needed to recover
 };
 
 }  // namespace vellobar::platform

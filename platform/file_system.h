@@ -23,7 +23,8 @@ enum class Opening {
   append,      ///< an existing file gets more at its end, wherever that is then
   create,      ///< made, or emptied when it exists, and written
   create_new,  ///< made, never an existing one, readable by its owner only, and held until it is closed
-  claim,       ///< a file that nobody holds is read and held: the user's own and no link, as a died process leaves it
+  claim,       ///< a file that nobody holds is read and held: the user's own and no link, as a died process leaves it;
+               ///< `resource_unavailable_try_again` when somebody holds it
 };
 
 /// What a new file takes over from an old one before it stands in its place. The mode of a file is set after its owner,
@@ -46,8 +47,9 @@ class FileSystem {
                                std::size_t& got) noexcept = 0;
   /// Writes behind what was written before, from the front of the file on.
   virtual std::error_code write(OpenFile file, std::string_view bytes, std::size_t& put) noexcept = 0;
-  /// Cuts or extends; the position that is written at stays.
-  virtual std::error_code truncate(OpenFile file, std::int64_t size) noexcept = 0;
+  /// Cuts or extends a file that has the expected size still, with as little as the system allows between looking and
+  /// doing; `resource_unavailable_try_again` when it has another one. The position that is written at stays.
+  virtual std::error_code resize(OpenFile file, std::int64_t expected, std::int64_t size) noexcept = 0;
   /// Waits until everything written is on the disk.
   virtual std::error_code sync(OpenFile file) noexcept = 0;
   /// The file is closed whatever this returns.
@@ -57,6 +59,11 @@ class FileSystem {
                                           const std::string& to) noexcept = 0;
   /// Puts `from` in the place of `to` in one step.
   virtual std::error_code rename(const std::string& from, const std::string& to) noexcept = 0;
+  /// Gives a file a second name, one that does not exist.
+  virtual std::error_code link(const std::string& from, const std::string& to) noexcept = 0;
+  /// Makes an empty file under a new name that begins with `prefix`, readable by the user only.
+  virtual std::error_code make_unique(const std::string& folder, const std::string& prefix,
+                                      std::string& path) noexcept = 0;
   /// Waits until the folder that holds the path has its entries on the disk, where the system offers it.
   virtual std::error_code sync_folder_of(const std::string& path) noexcept = 0;
   virtual std::error_code remove(const std::string& path) noexcept = 0;

@@ -5,7 +5,7 @@
 #include <system_error>
 #include <utility>
 
-#include "platform/staging_files.h"
+#include "platform/lock_file.h"
 
 namespace vellobar::platform {
 
@@ -79,15 +79,24 @@ void overwrite_front(const std::string& path, File& content) {
 }
 
 /// Completes the larger of the two contents. A file that is neither a mixture nor one of the two was changed by
-/// somebody since: then the old content keeps its file, under another name.
+/// somebody since: then the old content is kept.
 void complete(const std::string& path, const StagingFiles& files, File& old, File& fresh) {
   const std::shared_ptr<File> file = File::open(path);
   if (!file) return;
+  // Mail that came before the overwriting began may be the end of the old content only.
+  if (old.size() >= fresh.size() && starts_with(*file, old)) return;
   if (is_half_overwritten(*file, old, fresh)) {
     overwrite_front(path, old.size() > fresh.size() ? old : fresh);
   } else if (!starts_with(*file, old) && !starts_with(*file, fresh)) {
-    rename_over(files.old, files.old + "-kept");
+    rename_over(files.old, unused_name(files.kept));
   }
+}
+
+/// The second name of the old file, of which nobody but the process that gave it makes use. Where open files are not
+/// replaced that process holds the new one as long as it lives.
+void remove_second_name(const std::string& path, const StagingFiles& files) {
+  if (!FileHandle::open(files.replaced, Opening::read).valid()) return;
+  if (kReplacesOpenFiles || FileHandle::open(path, Opening::overwrite).valid()) remove_file(files.replaced);
 }
 
 /// A file that nobody holds, or none; false for one that must be left alone.
@@ -102,6 +111,7 @@ void finish(const std::string& path, const StagingFiles& files) {
   if (!claim(files.fresh, fresh) || !claim(files.old, old) || !claim(files.copy, copy)) return;
   // Without the new content nothing was overwritten.
   if (old) complete(path, files, *old, fresh ? *fresh : *old);
+  remove_second_name(path, files);
   if (old && !remove_staged(files.old)) return;
   if (copy) remove_file(files.copy);
   if (fresh) remove_file(files.fresh);
@@ -109,25 +119,64 @@ void finish(const std::string& path, const StagingFiles& files) {
 
 }  // namespace
 
-void copy_file(const std::string& from, ByteSink& to) {
-  const std::shared_ptr<File> source = open(from);
-  copy_bytes(*source, 0, source->size(), to);
+Overwriting::Overwriting(const std::string& path, const StagingFiles& files, std::int64_t end, OutputFile& old,
+                         OutputFile& fresh)
+    : path_(path),
+      end_(end),
+      old_{files.old, &old, open(files.old)->size()},
+      fresh_{files.fresh, &fresh, open(files.fresh)->size()} {}
+
+void Overwriting::put_new_content() { write(fresh_); }
+
+void Overwriting::put_back_old_content() {
+  if (has_begun_) write(old_);
 }
 
-void overwrite(const std::string& path, const std::string& content_path) {
-  const std::shared_ptr<File> content = open(content_path);
-  FileHandle handle = FileHandle::open(path, Opening::overwrite);
-  const std::int64_t size = handle.size();
-  if (size < 0) refuse(std::errc::permission_denied, "open to overwrite");
-  if (size < content->size()) {
-    handle.truncate(content->size());
-    handle.sync();
-  }
+void Overwriting::write(const Content& content) {
+  FileHandle handle = FileHandle::open(path_, Opening::overwrite);
+  if (!handle.valid()) refuse(std::errc::permission_denied, "open to overwrite");
+  extend(handle, content);
+  has_begun_ = true;
   OutputFile output(std::move(handle));
-  copy_bytes(*content, 0, content->size(), output);
+  copy_bytes(*open(content.path), 0, content.size, output);
   output.sync();
-  if (size > content->size()) output.truncate_and_sync(content->size());
+  cut(output, content);
   output.close();
+}
+
+void Overwriting::extend(FileHandle& handle, const Content& content) {
+  if (content.size <= end_) return;
+  while (!handle.resize(end_, content.size)) keep_late_mail();
+  has_begun_ = true;
+  end_ = content.size;
+  handle.sync();
+}
+
+void Overwriting::cut(OutputFile& output, const Content& content) {
+  if (content.size >= end_) return;
+  std::int64_t written = content.size;
+  while (!output.resize(end_, written)) {
+    keep_late_mail();
+    copy_bytes(*open(path_), end_ - (content.size - written), end_, output);
+    written = content.size;
+    output.sync();
+  }
+  end_ = written;
+  output.sync();
+}
+
+/// What was appended to the file is the end of both contents from now on.
+void Overwriting::keep_late_mail() {
+  const std::shared_ptr<File> file = open(path_);
+  const std::int64_t count = file->size() - end_;
+  if (count < 0) refuse(std::errc::io_error, "the file was cut while it was being overwritten");
+  for (const Content* content : {&old_, &fresh_}) {
+    copy_bytes(*file, end_, file->size(), *content->output);
+    content->output->sync();
+  }
+  end_ += count;
+  old_.size += count;
+  fresh_.size += count;
 }
 
 bool remove_staged(const std::string& path) noexcept {
@@ -140,6 +189,7 @@ void finish_interrupted_replacement(const std::string& path) {
   const std::string followed = followed_path(path);
   finish(followed, staging_files_beside(followed));
   finish(followed, staging_files_elsewhere(followed));
+  LockFile::remove_left(followed);
 }
 
 }  // namespace vellobar::platform

@@ -5,19 +5,47 @@
 // interrupted file is either as long as the larger content, and then each of its bytes is that of the old content, that
 // of the new one or, where it was extended, zero; or it is whole. What is appended to it after the interruption stands
 // behind the larger content, and so stays when that one is written over the front again.
+//
+// What somebody who looks at no lock appends meanwhile belongs to both contents: it stays behind the one that is
+// written in the end, and is never cut away.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "platform/file.h"
+#include "platform/staging_files.h"
 
 namespace vellobar::platform {
 
-/// Writes all of a file to a sink. Throws std::system_error.
-void copy_file(const std::string& from, ByteSink& to);
+class Overwriting {
+ public:
+  /// The file holds the old content up to `end`, and behind it what came meanwhile. Both contents are complete and
+  /// synced in their staging files, and are given more through these outputs.
+  Overwriting(const std::string& path, const StagingFiles& files, std::int64_t end, OutputFile& old, OutputFile& fresh);
 
-/// Gives an existing file the content of another one and waits until it is on the disk. Throws std::system_error.
-void overwrite(const std::string& path, const std::string& content_path);
+  /// Gives the file the new content and waits until it is on the disk. Throws std::system_error.
+  void put_new_content();
+  /// Gives it the old one, when that failed. Throws std::system_error.
+  void put_back_old_content();
+
+ private:
+  struct Content {
+    std::string path;
+    OutputFile* output;
+    std::int64_t size;
+  };
+
+  void write(const Content& content);
+  void extend(FileHandle& handle, const Content& content);
+  void cut(OutputFile& output, const Content& content);
+  void keep_late_mail();
+
+  std::string path_;
+  std::int64_t end_;  ///< in the file, of the contents; what is behind it was appended
+  Content old_, fresh_;
+  bool has_begun_ = false;
+};
 
 /// Removes the copy of the old content. False when it may still stand there, also after a power loss: the new content
 /// must then stay as well.

@@ -25,7 +25,8 @@ std::size_t base_of(const std::string& path) {
 }
 
 StagingFiles with_stem(const std::string& stem) {
-  return {stem + ".vellobar-new", stem + ".vellobar-copy", stem + ".vellobar-old"};
+  const std::string name = stem + ".vellobar-";
+  return {name + "new", name + "copy", name + "old", name + "replaced", name + "old-kept", name + "lock"};
 }
 
 }  // namespace
@@ -36,6 +37,12 @@ StagingFiles staging_files_beside(const std::string& path) {
 
 StagingFiles staging_files_elsewhere(const std::string& path) {
   return with_stem(temporary_folder() + "." + hash_of(path));
+}
+
+std::string unused_name(const std::string& path) {
+  std::string name = path;
+  for (int number = 2; facts_of(name).links > 0; ++number) name = path + "-" + std::to_string(number);
+  return name;
 }
 
 }  // namespace vellobar::platform

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/clock.h"
+#include "platform/file_handle.h"
 #include "platform/temporary_file_source.h"
 
 namespace vellobar::platform {
@@ -38,9 +39,8 @@ std::string temporary_folder() {
 
 std::string temporary_file_name(std::uint32_t tick_offset) {
   const std::string folder = temporary_folder();
-  std::string name = make_unique_file(folder, kPrefix);
-  if (name.empty()) name = fallback_name(folder, tick_offset);
-  return name;
+  const std::optional<std::string> made = make_unique_file(folder, kPrefix);
+  return made ? *made : fallback_name(folder, tick_offset);
 }
 
 std::string host_name() {

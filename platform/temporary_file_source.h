@@ -9,9 +9,6 @@ namespace vellobar::platform {
 /// The folder with its trailing separator, empty when the system names none.
 std::string system_temporary_folder();
 
-/// Makes an empty file under a new name that begins with `prefix`, readable by the user only. Empty when it cannot.
-std::string make_unique_file(const std::string& folder, const std::string& prefix);
-
 /// Empty when the system does not tell, or tells a name that does not fit 100 bytes with its terminator.
 std::string system_host_name();
 

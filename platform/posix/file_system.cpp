@@ -35,10 +35,17 @@ bool hold_new(int descriptor, const std::string& path) noexcept {
 }
 
 /// Holds a regular file of this user that nobody else holds and the path still names.
-bool hold_left(int descriptor, const std::string& path) noexcept {
+std::error_code hold_left(int descriptor, const std::string& path) noexcept {
   struct stat info {};
-  return ::fstat(descriptor, &info) == 0 && S_ISREG(info.st_mode) && info.st_uid == ::geteuid() &&
-         ::flock(descriptor, LOCK_EX | LOCK_NB) == 0 && is_file(descriptor, path);
+  if (::fstat(descriptor, &info) != 0) return error(errno);
+  if (!S_ISREG(info.st_mode) || info.st_uid != ::geteuid()) return error(EBUSY);
+  if (::flock(descriptor, LOCK_EX | LOCK_NB) != 0) return error(errno);
+  return is_file(descriptor, path) ? std::error_code() : error(EBUSY);
+}
+
+std::error_code hold(Opening how, int descriptor, const std::string& path) noexcept {
+  if (how == Opening::create_new) return hold_new(descriptor, path) ? std::error_code() : error(EBUSY);
+  return how == Opening::claim ? hold_left(descriptor, path) : std::error_code();
 }
 
 int flags_for(Opening how) noexcept {
@@ -85,11 +92,9 @@ class PosixFileSystem final : public FileSystem {
     if (path.find('\0') != std::string::npos) return error(EINVAL);
     const int descriptor = ::open(path.c_str(), flags_for(how) | O_CLOEXEC, how == Opening::create_new ? 0600 : 0666);
     if (descriptor < 0) return error(errno);
-    const bool is_refused = (how == Opening::create_new && !hold_new(descriptor, path)) ||
-                            (how == Opening::claim && !hold_left(descriptor, path));
-    if (is_refused) {
+    if (const std::error_code refused = hold(how, descriptor, path)) {
       ::close(descriptor);
-      return error(EBUSY);
+      return refused;
     }
     file = descriptor;
     return {};
@@ -108,7 +113,8 @@ class PosixFileSystem final : public FileSystem {
     return result(done >= 0);
   }
 
-  std::error_code truncate(OpenFile file, std::int64_t size) noexcept override {
+  std::error_code resize(OpenFile file, std::int64_t expected, std::int64_t size) noexcept override {
+    if (size_of(file) != expected) return error(EAGAIN);
     return result(::ftruncate(number(file), static_cast<off_t>(size)) == 0);
   }
 
@@ -138,6 +144,24 @@ class PosixFileSystem final : public FileSystem {
 
   std::error_code rename(const std::string& from, const std::string& to) noexcept override {
     return result(::rename(from.c_str(), to.c_str()) == 0);
+  }
+
+  std::error_code link(const std::string& from, const std::string& to) noexcept override {
+    return result(::link(from.c_str(), to.c_str()) == 0);
+  }
+
+  std::error_code make_unique(const std::string& folder, const std::string& prefix,
+                              std::string& path) noexcept override {
+    static constexpr char kSuffix[] = ".tmp";
+    try {
+      path = folder + prefix + "XXXXXX" + kSuffix;
+    } catch (const std::bad_alloc&) {
+      return error(ENOMEM);
+    }
+    const int descriptor = ::mkstemps(path.data(), sizeof kSuffix - 1);
+    if (descriptor < 0) return error(errno);
+    ::close(descriptor);
+    return {};
   }
 
   std::error_code sync_folder_of(const std::string& path) noexcept override {

@@ -39,15 +39,6 @@ std::string system_temporary_folder() {
   return {};
 }
 
-std::string make_unique_file(const std::string& folder, const std::string& prefix) {
-  static constexpr char kSuffix[] = ".tmp";
-  std::string name = folder + prefix + "XXXXXX" + kSuffix;
-  const int descriptor = ::mkstemps(name.data(), sizeof kSuffix - 1);
-  if (descriptor < 0) return {};
-  ::close(descriptor);
-  return name;
-}
-
 std::uint32_t process_identifier() noexcept { return static_cast<std::uint32_t>(::getpid()); }
 
 std::uint32_t thread_identifier() noexcept {

@@ -127,7 +127,9 @@ class WindowsFileSystem final : public FileSystem {
  public:
   std::error_code open(const std::string& path, Opening how, OpenFile& file) noexcept override {
     file = open_whole(path, way_of(how));
-    return result(file != kNoFile);
+    const std::error_code failure = result(file != kNoFile);
+    const bool is_held = how == Opening::claim && failure.value() == ERROR_SHARING_VIOLATION;
+    return is_held ? std::make_error_code(std::errc::resource_unavailable_try_again) : failure;
   }
 
   std::error_code read(OpenFile file, std::int64_t position, void* to, std::size_t count,
@@ -149,7 +151,8 @@ class WindowsFileSystem final : public FileSystem {
     return result(succeeded);
   }
 
-  std::error_code truncate(OpenFile file, std::int64_t size) noexcept override {
+  std::error_code resize(OpenFile file, std::int64_t expected, std::int64_t size) noexcept override {
+    if (size_of(file) != expected) return std::make_error_code(std::errc::resource_unavailable_try_again);
     FILE_END_OF_FILE_INFO end{};
     end.EndOfFile.QuadPart = size;
     return result(::SetFileInformationByHandle(native(file), FileEndOfFileInfo, &end, sizeof end));
@@ -188,6 +191,22 @@ class WindowsFileSystem final : public FileSystem {
       if (!is_passing || attempt == kRenameTries) return failure;
       ::Sleep(kRenamePause << attempt);
     }
+  }
+
+  std::error_code link(const std::string& from, const std::string& to) noexcept override {
+    return result(::CreateHardLinkA(to.c_str(), from.c_str(), nullptr));
+  }
+
+  std::error_code make_unique(const std::string& folder, const std::string& prefix,
+                              std::string& path) noexcept override {
+    char name[MAX_PATH];
+    if (::GetTempFileNameA(folder.c_str(), prefix.c_str(), 0, name) == 0) return error(::GetLastError());
+    try {
+      path = name;
+    } catch (const std::bad_alloc&) {
+      return error(ERROR_NOT_ENOUGH_MEMORY);
+    }
+    return {};
   }
 
   std::error_code sync_folder_of(const std::string&) noexcept override { return {}; }  // renaming writes through

@@ -31,11 +31,6 @@ std::string system_temporary_folder() {
   return length > 0 && length < MAX_PATH ? std::string(folder, length) : std::string();
 }
 
-std::string make_unique_file(const std::string& folder, const std::string& prefix) {
-  char name[MAX_PATH];
-  return ::GetTempFileNameA(folder.c_str(), prefix.c_str(), 0, name) != 0 ? std::string(name) : std::string();
-}
-
 std::uint32_t process_identifier() noexcept { return ::GetCurrentProcessId(); }
 
 std::uint32_t thread_identifier() noexcept { return ::GetCurrentThreadId(); }

@@ -25,7 +25,7 @@ using tests::MailboxToBreak;
 using tests::RecordingFileSystem;
 using tests::Way;
 
-constexpr int kImagesOfEachMoment = 5;
+constexpr int kImagesOfEachMoment = 20;
 
 /// Puts the files of an image on the real disk, and locks the mailbox as whoever comes next does.
 std::string content_after_next_lock(MailboxToBreak& box, const Disk::Image& image) {
@@ -74,9 +74,9 @@ TEST_P(PowerLoss, at_any_moment_of_an_update_leaves_the_old_or_the_new_mailbox) 
         if (made > 0) disk_->make(changes_[made - 1]);
         for (int i = 0; i < kImagesOfEachMoment; ++i) {
           Disk::Image image = disk_->after_power_loss(random);
-          ++images;
           ASSERT_TRUE(image.count(box.path())) << "no mailbox after " << made << " changes";
           if (seen.count(image)) continue;
+          ++images;
           const std::string content = content_after_next_lock(box, image);
           ASSERT_TRUE(content == shape.content || content == updated_) << "after " << made << " changes";
           old += content == shape.content;
@@ -85,7 +85,9 @@ TEST_P(PowerLoss, at_any_moment_of_an_update_leaves_the_old_or_the_new_mailbox) 
       }
     }
   }
-  EXPECT_GT(images, tests::kTriesAll ? 6'666 : 200) << "all ways together make 20,000";
+  // All ways together make 20,000, no two of one update alike. By renaming there is less that may go wrong.
+  const int wanted = GetParam() == Way::by_renaming ? 4'700 : 7'650;
+  EXPECT_GT(images, tests::kTriesAll ? wanted : 100);
   EXPECT_GT(old, 0);
   RecordProperty("images", images);
 }

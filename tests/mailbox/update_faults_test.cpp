@@ -212,6 +212,33 @@ TEST_P(UpdateThatFails, at_any_change_is_30002_with_the_old_mailbox_whole_and_a_
   EXPECT_GT(refused, 0);
 }
 
+TEST_P(UpdateThatFails, at_any_change_of_any_mailbox_and_edit_keeps_the_old_one_or_makes_the_new_one) {
+  MailboxToBreak box(GetParam());
+  std::int64_t failed = 0;
+  for (const MailboxShape& shape : tests::swept_shapes()) {
+    for (const MailboxEdit& edit : tests::swept_edits()) {
+      SCOPED_TRACE(testing::Message() << shape.name << ", " << edit.name);
+      const Undisturbed expected = undisturbed(box, shape, edit);
+      for (std::int64_t at = 0; at < expected.changes; ++at, ++failed) {
+        // Each reason in turn; all of them at each change are tried with some mailboxes.
+        const std::error_code& failure = kFailures[static_cast<std::size_t>(failed) % std::size(kFailures)];
+        box.reset(shape.content);
+        CVellobar control;
+        box.lock(control);
+        edit.make(control);
+        FaultyFileSystem faulty(Fault::fails, at, failure);
+        if (!update(control, faulty)) {
+          EXPECT_TRUE(box.content() == shape.content) << failure.message() << " at " << at;
+          FaultyFileSystem faultless;
+          EXPECT_TRUE(update(control, faultless));
+        }
+        EXPECT_TRUE(box.content() == expected.content) << failure.message() << " at " << at;
+      }
+    }
+  }
+  RecordProperty("failures", static_cast<int>(failed));
+}
+
 TEST_P(UpdateThatFails, to_write_everything_at_once_writes_the_rest) {
   MailboxToBreak box(GetParam());
   for_some_cases(box,
@@ -243,10 +270,11 @@ TEST_P(UpdateThatFails, at_every_change_from_one_on_leaves_what_the_next_lock_ma
                  });
 }
 
-TEST(Update, that_cannot_read_a_message_is_30002_and_leaves_the_mailbox_alone) {
+TEST(Update, that_cannot_read_a_message_is_30002_leaves_the_mailbox_alone_and_succeeds_when_it_can) {
   MailboxToBreak box(Way::by_renaming);
   for (const MailboxShape& shape : tests::swept_shapes()) {
     SCOPED_TRACE(shape.name);
+    const std::string expected = undisturbed(box, shape, tests::mailbox_edits()[0]).content;
     const std::int64_t size = static_cast<std::int64_t>(shape.content.size());
     for (const std::int64_t position : {std::int64_t{0}, size / 3, size / 2, size - 1}) {
       if (size == 0) continue;
@@ -259,6 +287,65 @@ TEST(Update, that_cannot_read_a_message_is_30002_and_leaves_the_mailbox_alone) {
       EXPECT_TRUE(box.content() == shape.content);
       EXPECT_TRUE(control.Locked());
       EXPECT_EQ(box.leftovers(), std::vector<std::string>());
+      FaultyFileSystem faultless;
+      EXPECT_TRUE(update(control, faultless));
+      EXPECT_TRUE(box.content() == expected) << position;
+    }
+  }
+}
+
+TEST(Update, succeeds_with_messages_that_a_client_holds_and_could_not_read_before) {
+  MailboxToBreak box(Way::by_renaming);
+  for (const MailboxShape& shape : tests::swept_shapes()) {
+    if (shape.content.empty()) continue;
+    SCOPED_TRACE(shape.name);
+    const std::string expected = undisturbed(box, shape, tests::mailbox_edits()[0]).content;
+    const std::int64_t size = static_cast<std::int64_t>(shape.content.size());
+    for (const std::int64_t position : {size / 3, size / 2, size - 1}) {
+      box.reset(shape.content);
+      CVellobar control;
+      box.lock(control);
+      std::vector<std::shared_ptr<CMessage>> held;
+      for (std::int64_t i = 0; i < control.Messages()->Count(); ++i) held.push_back(control.Messages()->Item(i));
+      FaultyFileSystem failing;
+      failing.fail_reads_from(position);
+      {
+        const platform::FixedFileSystem fixed(failing);
+        for (const auto& message : held) message->Load();
+      }
+      EXPECT_FALSE(update(control, failing));
+      FaultyFileSystem faultless;
+      EXPECT_TRUE(update(control, faultless));
+      EXPECT_TRUE(box.content() == expected) << position;
+    }
+  }
+}
+
+TEST(Update, is_whole_when_a_temporary_file_failed_before_at_any_change) {
+  MailboxToBreak box(Way::by_renaming);
+  const MailboxShape& shape = tests::mailbox_shapes()[2];
+  const std::string old = undisturbed(box, shape, tests::mailbox_edits()[0]).content;
+  const MailboxEdit& put_body = tests::mailbox_edits()[4];
+  const std::string edited = undisturbed(box, shape, put_body).content;
+  for (const std::error_code& failure : kFailures) {
+    for (std::int64_t at = 0, changes = 1; at < changes; ++at) {
+      box.reset(shape.content);
+      CVellobar control;
+      box.lock(control);
+      bool is_edited = true;
+      {
+        FaultyFileSystem faulty(Fault::fails, at, failure);
+        const platform::FixedFileSystem fixed(faulty);
+        try {
+          put_body.make(control);
+        } catch (const Error&) {
+          is_edited = false;
+        }
+        changes = faulty.changes();
+      }
+      FaultyFileSystem faultless;
+      EXPECT_TRUE(update(control, faultless));
+      EXPECT_EQ(box.content(), is_edited ? edited : old) << failure.message() << " at " << at;
     }
   }
 }

@@ -114,13 +114,13 @@ TEST(FileReplacement, of_a_folder_or_of_nothing_is_refused) {
   EXPECT_THROW(FileReplacement(""), std::system_error);
 }
 
-TEST(FileReplacement, of_a_file_that_is_being_replaced_stages_elsewhere_and_at_last_is_refused) {
+TEST(FileReplacement, of_a_file_that_is_being_replaced_is_refused) {
   Replaced file;
   FileReplacement first(file.path());
-  FileReplacement second(file.path());
   EXPECT_TRUE(fs::exists(file.beside().fresh));
-  EXPECT_TRUE(fs::exists(file.elsewhere().fresh));
-  EXPECT_THROW(FileReplacement third(file.path()), std::system_error);
+  EXPECT_THROW(FileReplacement second(file.path()), std::system_error);
+  EXPECT_THROW(FileReplacement third(file.path(), FileReplacement::Staging::elsewhere), std::system_error);
+  EXPECT_FALSE(fs::exists(file.elsewhere().fresh));
 }
 
 TEST(FileReplacement, gives_the_old_file_to_read_again_when_it_cannot_be_replaced) {
@@ -228,7 +228,7 @@ TEST(InterruptedReplacement, whose_file_is_half_overwritten_is_completed_with_th
       {"old", "new content", std::string_view("new\0con\0\0\0\0", 11), "new content"},
       {"old", "new content", "new content", "new content"},
       {"one", "two", "twe", "two"},
-      {"one", "two", "one", "two"},
+      {"one", "two", "one", "one"},
   };
   for (const auto& row : rows) {
     for (const std::string_view appended : {"", "more"}) {

@@ -7,6 +7,7 @@
 
 #include "platform/clock.h"
 #include "platform/file.h"
+#include "tests/support/faulty_file_system.h"
 #ifndef _WIN32
 #include <sys/stat.h>
 
@@ -80,6 +81,13 @@ TEST(TemporaryFile, the_fallback_name_is_made_of_low_words_widened_with_their_si
     EXPECT_EQ(name, std::string("no-such-folder/VLB") + row.printed + end);
     EXPECT_EQ(File::open(name), nullptr) << "the file is not made";
   }
+}
+
+TEST(TemporaryFile, that_cannot_be_made_is_a_name_alone) {
+  tests::FaultyFileSystem failing(tests::Fault::fails, 0);
+  const FixedFileSystem fixed(failing);
+  const FixedClock clock(ClockReading{}, 1);
+  EXPECT_EQ(temporary_file_name(), temporary_folder() + "VLB1_" + printed_thread() + ".tmp");
 }
 
 TEST(TemporaryFile, threads_have_identifiers_of_their_own) {

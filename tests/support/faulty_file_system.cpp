@@ -43,8 +43,8 @@ std::error_code FaultyFileSystem::write(OpenFile file, std::string_view bytes, s
   return change([&] { return real_.write(file, is_cut ? bytes.substr(0, bytes.size() / 2) : bytes, put); });
 }
 
-std::error_code FaultyFileSystem::truncate(OpenFile file, std::int64_t size) noexcept {
-  return change([&] { return real_.truncate(file, size); });
+std::error_code FaultyFileSystem::resize(OpenFile file, std::int64_t expected, std::int64_t size) noexcept {
+  return change([&] { return real_.resize(file, expected, size); });
 }
 
 std::error_code FaultyFileSystem::sync(OpenFile) noexcept {
@@ -64,6 +64,15 @@ std::error_code FaultyFileSystem::copy_attributes(platform::Attributes which, co
 
 std::error_code FaultyFileSystem::rename(const std::string& from, const std::string& to) noexcept {
   return change([&] { return real_.rename(from, to); });
+}
+
+std::error_code FaultyFileSystem::link(const std::string& from, const std::string& to) noexcept {
+  return change([&] { return real_.link(from, to); });
+}
+
+std::error_code FaultyFileSystem::make_unique(const std::string& folder, const std::string& prefix,
+                                              std::string& path) noexcept {
+  return change([&] { return real_.make_unique(folder, prefix, path); });
 }
 
 std::error_code FaultyFileSystem::sync_folder_of(const std::string&) noexcept {

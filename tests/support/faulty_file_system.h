@@ -1,7 +1,7 @@
 // A file system that fails, or stops as if the process had died, at one call of those that change a disk: opening to
-// write, writing, cutting, syncing, closing what was written, giving attributes, renaming, syncing a folder, removing.
-// Reading goes on whatever happens, unless it is told to fail. It does not wait for the disk, since nothing here takes
-// the power away.
+// write, writing, cutting, syncing, closing what was written, giving attributes, giving names, syncing a folder,
+// removing. Reading goes on whatever happens, unless it is told to fail. It does not wait for the disk, since nothing
+// here takes the power away.
 #pragma once
 
 #include <cstdint>
@@ -44,12 +44,15 @@ class FaultyFileSystem final : public platform::FileSystem {
   std::error_code read(platform::OpenFile file, std::int64_t position, void* to, std::size_t count,
                        std::size_t& got) noexcept override;
   std::error_code write(platform::OpenFile file, std::string_view bytes, std::size_t& put) noexcept override;
-  std::error_code truncate(platform::OpenFile file, std::int64_t size) noexcept override;
+  std::error_code resize(platform::OpenFile file, std::int64_t expected, std::int64_t size) noexcept override;
   std::error_code sync(platform::OpenFile file) noexcept override;
   std::error_code close(platform::OpenFile file) noexcept override;
   std::error_code copy_attributes(platform::Attributes which, const std::string& from,
                                   const std::string& to) noexcept override;
   std::error_code rename(const std::string& from, const std::string& to) noexcept override;
+  std::error_code link(const std::string& from, const std::string& to) noexcept override;
+  std::error_code make_unique(const std::string& folder, const std::string& prefix,
+                              std::string& path) noexcept override;
   std::error_code sync_folder_of(const std::string& path) noexcept override;
   std::error_code remove(const std::string& path) noexcept override;
 

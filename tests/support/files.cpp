@@ -14,6 +14,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
+/// Linux's folder in memory that every user may make files in. On Windows there is none of that name.
+const fs::path kMemory = "/dev/shm";
+
 void put(const std::string& path, std::string_view content, std::ios::openmode mode) {
   std::ofstream file(path, std::ios::binary | mode);
   file.write(content.data(), static_cast<std::streamsize>(content.size()));
@@ -30,10 +33,13 @@ fs::path corpus() {
 
 std::string source_file(std::string_view name) { return (fs::path(VELLOBAR_SOURCE_FOLDER) / name).string(); }
 
-TemporaryFolder::TemporaryFolder() {
+TemporaryFolder::TemporaryFolder(Medium medium) {
   std::random_device random;
-  folder_ =
-      (fs::temp_directory_path() / ("vellobar-test-" + std::to_string(random()) + std::to_string(random()))).string();
+  const std::string name = "vellobar-test-" + std::to_string(random()) + std::to_string(random());
+  std::error_code none;
+  folder_ = (kMemory / name).string();
+  if (medium == Medium::memory && fs::create_directory(folder_, none)) return;
+  folder_ = (fs::temp_directory_path() / name).string();
   fs::create_directory(folder_);
 }
 

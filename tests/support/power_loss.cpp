@@ -40,7 +40,7 @@ void make_torn(std::string& content, const Change& change, std::mt19937& random)
 
 void make_now(std::map<std::string, int>& entries, const Change& change) {
   if (change.kind == Kind::create) entries[change.name] = change.file;
-  if (change.kind == Kind::rename) entries[change.new_name] = change.file;
+  if (change.kind == Kind::rename || change.kind == Kind::link) entries[change.new_name] = change.file;
   if (change.kind == Kind::rename || change.kind == Kind::remove) entries.erase(change.name);
 }
 
@@ -84,6 +84,7 @@ void Disk::make(const Change& change) {
       break;
     case Kind::create:
     case Kind::rename:
+    case Kind::link:
     case Kind::remove:
       unsynced_entries_.push_back(change);
       make_now(seen_, change);
@@ -137,9 +138,10 @@ std::error_code RecordingFileSystem::write(OpenFile file, std::string_view bytes
   return failure;
 }
 
-std::error_code RecordingFileSystem::truncate(OpenFile file, std::int64_t size) noexcept {
-  changes_.push_back({Kind::truncate, written_[file].file, size, {}, {}, {}});
-  return real_.truncate(file, size);
+std::error_code RecordingFileSystem::resize(OpenFile file, std::int64_t expected, std::int64_t size) noexcept {
+  const std::error_code failure = real_.resize(file, expected, size);
+  if (!failure) changes_.push_back({Kind::truncate, written_[file].file, size, {}, {}, {}});
+  return failure;
 }
 
 std::error_code RecordingFileSystem::sync(OpenFile file) noexcept {
@@ -164,6 +166,20 @@ std::error_code RecordingFileSystem::rename(const std::string& from, const std::
   entries_[to] = entries_[from];
   entries_.erase(from);
   return failure;
+}
+
+std::error_code RecordingFileSystem::link(const std::string& from, const std::string& to) noexcept {
+  const std::error_code failure = real_.link(from, to);
+  if (failure) return failure;
+  changes_.push_back({Kind::link, entries_[from], 0, {}, from, to});
+  entries_[to] = entries_[from];
+  return failure;
+}
+
+std::error_code RecordingFileSystem::make_unique(const std::string& folder, const std::string& prefix,
+                                                 std::string& path) noexcept {
+  // No update makes such files, so none of them matters after a power loss.
+  return real_.make_unique(folder, prefix, path);
 }
 
 std::error_code RecordingFileSystem::sync_folder_of(const std::string&) noexcept {

@@ -17,7 +17,7 @@ namespace vellobar::tests {
 
 /// One change that was made. Files are numbered, since a name may stand for one file now and for another one later.
 struct Change {
-  enum class Kind { create, write, truncate, sync, rename, remove, sync_folder };
+  enum class Kind { create, write, truncate, sync, rename, link, remove, sync_folder };
   Kind kind{};
   int file = -1;
   std::int64_t position = 0;  ///< where bytes were written, or the size at which the file was cut
@@ -60,12 +60,15 @@ class RecordingFileSystem final : public platform::FileSystem {
   std::error_code read(platform::OpenFile file, std::int64_t position, void* to, std::size_t count,
                        std::size_t& got) noexcept override;
   std::error_code write(platform::OpenFile file, std::string_view bytes, std::size_t& put) noexcept override;
-  std::error_code truncate(platform::OpenFile file, std::int64_t size) noexcept override;
+  std::error_code resize(platform::OpenFile file, std::int64_t expected, std::int64_t size) noexcept override;
   std::error_code sync(platform::OpenFile file) noexcept override;
   std::error_code close(platform::OpenFile file) noexcept override;
   std::error_code copy_attributes(platform::Attributes which, const std::string& from,
                                   const std::string& to) noexcept override;
   std::error_code rename(const std::string& from, const std::string& to) noexcept override;
+  std::error_code link(const std::string& from, const std::string& to) noexcept override;
+  std::error_code make_unique(const std::string& folder, const std::string& prefix,
+                              std::string& path) noexcept override;
   std::error_code sync_folder_of(const std::string& path) noexcept override;
   std::error_code remove(const std::string& path) noexcept override;
 

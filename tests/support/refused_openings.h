@@ -27,8 +27,8 @@ class RefusedOpening final : public platform::FileSystem {
   std::error_code write(platform::OpenFile file, std::string_view bytes, std::size_t& put) noexcept override {
     return real_.write(file, bytes, put);
   }
-  std::error_code truncate(platform::OpenFile file, std::int64_t size) noexcept override {
-    return real_.truncate(file, size);
+  std::error_code resize(platform::OpenFile file, std::int64_t expected, std::int64_t size) noexcept override {
+    return real_.resize(file, expected, size);
   }
   std::error_code sync(platform::OpenFile file) noexcept override { return real_.sync(file); }
   std::error_code close(platform::OpenFile file) noexcept override { return real_.close(file); }
@@ -38,6 +38,13 @@ class RefusedOpening final : public platform::FileSystem {
   }
   std::error_code rename(const std::string& from, const std::string& to) noexcept override {
     return real_.rename(from, to);
+  }
+  std::error_code link(const std::string& from, const std::string& to) noexcept override {
+    return real_.link(from, to);
+  }
+  std::error_code make_unique(const std::string& folder, const std::string& prefix,
+                              std::string& path) noexcept override {
+    return real_.make_unique(folder, prefix, path);
   }
   std::error_code sync_folder_of(const std::string& path) noexcept override { return real_.sync_folder_of(path); }
   std::error_code remove(const std::string& path) noexcept override { return real_.remove(path); }

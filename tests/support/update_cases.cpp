@@ -108,7 +108,8 @@ std::vector<MailboxShape> swept_shapes() { return swept(mailbox_shapes()); }
 
 std::vector<MailboxEdit> swept_edits() { return swept(mailbox_edits()); }
 
-MailboxToBreak::MailboxToBreak(Way way) : fixed_(temporary_.path("")), path_(folder_.file("box", "")) {
+MailboxToBreak::MailboxToBreak(Way way)
+    : folder_(Medium::memory), temporary_(Medium::memory), fixed_(temporary_.path("")), path_(folder_.file("box", "")) {
   if (way == Way::staged_elsewhere) fs::create_directory(platform::staging_files_beside(path_).fresh);
   if (way != Way::over_the_old_one) return;
   link_ = folder_.path("link");
@@ -127,7 +128,9 @@ std::vector<std::string> MailboxToBreak::paths() const {
 
 std::vector<std::string> MailboxToBreak::leftovers() const {
   std::vector<std::string> leftovers = paths();
-  std::erase_if(leftovers, [](const std::string& path) { return path.find(".vellobar-") == path.npos; });
+  std::erase_if(leftovers, [](const std::string& path) {
+    return path.find(".vellobar-") == path.npos && !path.ends_with(".lock");
+  });
   return leftovers;
 }
 

@@ -65,7 +65,8 @@ class MailboxToBreak {
   void lock(CVellobar& control) const;
 
  private:
-  TemporaryFolder folder_, temporary_;
+  TemporaryFolder folder_;
+  TemporaryFolder temporary_;
   platform::FixedTemporaryFolder fixed_;
   std::string path_, link_;
 };
