@@ -125,8 +125,9 @@ std::error_code InterruptibleFileSystem::write(platform::OpenFile file, std::str
   return std::make_error_code(std::errc::operation_canceled);
 }
 
-std::error_code InterruptibleFileSystem::truncate(platform::OpenFile file, std::int64_t size) noexcept {
-  return system_.truncate(file, size);
+std::error_code InterruptibleFileSystem::resize(platform::OpenFile file, std::int64_t expected,
+                                                std::int64_t size) noexcept {
+  return system_.resize(file, expected, size);
 }
 
 std::error_code InterruptibleFileSystem::sync(platform::OpenFile file) noexcept { return system_.sync(file); }
@@ -143,6 +144,15 @@ std::error_code InterruptibleFileSystem::copy_attributes(platform::Attributes wh
 
 std::error_code InterruptibleFileSystem::rename(const std::string& from, const std::string& to) noexcept {
   return system_.rename(from, to);
+}
+
+std::error_code InterruptibleFileSystem::link(const std::string& from, const std::string& to) noexcept {
+  return system_.link(from, to);
+}
+
+std::error_code InterruptibleFileSystem::make_unique(const std::string& folder, const std::string& prefix,
+                                                     std::string& path) noexcept {
+  return system_.make_unique(folder, prefix, path);
 }
 
 std::error_code InterruptibleFileSystem::sync_folder_of(const std::string& path) noexcept {

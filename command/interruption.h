@@ -44,12 +44,15 @@ class InterruptibleFileSystem final : public platform::FileSystem {
   std::error_code read(platform::OpenFile file, std::int64_t position, void* to, std::size_t count,
                        std::size_t& got) noexcept override;
   std::error_code write(platform::OpenFile file, std::string_view bytes, std::size_t& put) noexcept override;
-  std::error_code truncate(platform::OpenFile file, std::int64_t size) noexcept override;
+  std::error_code resize(platform::OpenFile file, std::int64_t expected, std::int64_t size) noexcept override;
   std::error_code sync(platform::OpenFile file) noexcept override;
   std::error_code close(platform::OpenFile file) noexcept override;
   std::error_code copy_attributes(platform::Attributes which, const std::string& from,
                                   const std::string& to) noexcept override;
   std::error_code rename(const std::string& from, const std::string& to) noexcept override;
+  std::error_code link(const std::string& from, const std::string& to) noexcept override;
+  std::error_code make_unique(const std::string& folder, const std::string& prefix,
+                              std::string& path) noexcept override;
   std::error_code sync_folder_of(const std::string& path) noexcept override;
   std::error_code remove(const std::string& path) noexcept override;
 
