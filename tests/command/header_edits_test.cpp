@@ -62,7 +62,7 @@ TEST(HeaderEdits, what_is_no_header_is_wrong_use) {
 }
 
 TEST(HeaderEdits, text_beyond_ascii_becomes_an_encoded_word) {
-  EXPECT_EQ(parse_header("Subject: gr\xC3\xBC\xC3\x9F").value, "=?utf-8?B?Z3LDvMOf?=");
+  EXPECT_EQ(parse_header("Subject: gr\xC3\xBC\xC3\x9F").value, "=?UTF-8?B?Z3LDvMOf?=");
 }
 
 }  // namespace

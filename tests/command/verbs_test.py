@@ -46,7 +46,8 @@ class Verbs(unittest.TestCase):
         return (self.folder / name).read_bytes()
 
     def names(self):
-        return sorted(path.name for path in self.folder.iterdir())
+        # Wine leaves a folder of its own where temporary files go.
+        return sorted(path.name for path in self.folder.iterdir() if not path.name.startswith("wine-"))
 
     def start(self, *arguments, **settings):
         environment = os.environ | {"LC_ALL": "C.UTF-8", "TZ": "UTC", "TMPDIR": self.work.name}
@@ -351,6 +352,11 @@ class Companions(Verbs):
     SCRIPT = Path(__file__).resolve().parents[2] / "command/completion/vellobar.bash"
     VERBS = ["list", "show", "headers", "attachments", "extract", "export", "add", "remove", "set", "check", "stats", "new",
              "encode", "decode", "completion"]
+
+    def setUp(self):
+        super().setUp()
+        if not IS_NATIVE:
+            self.skipTest("made for this system")
 
     def completed(self, *words):
         line = " ".join(f"'{word}'" for word in words)
