@@ -1,5 +1,5 @@
-# What `cmake --install` puts where, besides the headers (api/). The component `library` is what programs are built
-# with, `command` the command line, `documents` the licence and the changes, `automation` the Windows DLL.
+# What `cmake --install` puts where, besides the headers (api/) and the command (command/). The component `library` is what
+# programs are built with, `command` the command line, `documents` the licence and the changes, `automation` the Windows DLL.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS vellobar_core EXPORT vellobar ARCHIVE COMPONENT library)
@@ -30,9 +30,7 @@ string(REGEX REPLACE "/$" "" VELLOBAR_PC_PREFIX "${VELLOBAR_PC_PREFIX}")
 configure_file(cmake/vellobar.pc.in ${package_files}/vellobar.pc @ONLY)
 install(FILES ${package_files}/vellobar.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT library)
 
-install(TARGETS vellobar_command RUNTIME COMPONENT command)
 if(WIN32)
-  target_link_options(vellobar_command PRIVATE $<$<CONFIG:Release>:-s>)
   install(TARGETS vellobar_dll LIBRARY DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT automation)
   install(FILES ${CMAKE_BINARY_DIR}/Quorvane.Vellobar.manifest DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT automation)
 endif()

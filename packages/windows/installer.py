@@ -28,7 +28,7 @@ PROGRAM_FILES = {"x64": "ProgramFiles64Folder", "x86": "ProgramFilesFolder"}
 SYSTEMS = {"x64": "win64", "x86": "win32"}
 
 # What the programs hold of others, as Debian tells it.
-OTHERS_LICENCES = ("libcli11-dev", "mingw-w64-common", "gcc-mingw-w64-base")
+OTHERS_LICENCES = ("libcli11-dev", "nlohmann-json3-dev", "mingw-w64-common", "gcc-mingw-w64-base")
 
 
 def identifier(name):

@@ -27,13 +27,13 @@ FILES = """
     lib/cmake/vellobar/vellobarTargets.cmake
     lib/libvellobar.a
     lib/pkgconfig/vellobar.pc
+    share/bash-completion/completions/vellobar
     share/doc/libvellobar-dev/examples/CMakeLists.txt
     share/doc/libvellobar-dev/examples/mailbox_tasks.cpp
     share/doc/vellobar/CHANGELOG.md
     share/doc/vellobar/LICENSE
+    share/man/man1/vellobar.1
 """.split()
-if (SOURCES / "command/completion").is_dir():
-    FILES += ["share/bash-completion/completions/vellobar", "share/man/man1/vellobar.1"]
 LISTING = "0: Rehearsal moved to Thursday\n"
 
 
