@@ -78,6 +78,7 @@ class DeliveringProcess : public testing::TestWithParam<Way> {
 };
 
 TEST_P(DeliveringProcess, that_locks_the_mailbox_loses_nothing_whenever_it_begins) {
+  int later = 0;
   for (int round = 0; round < kRounds; ++round) {
     const Case& drawn = draw_case();
     const std::int64_t at = roll(drawn.changes);
@@ -88,13 +89,18 @@ TEST_P(DeliveringProcess, that_locks_the_mailbox_loses_nothing_whenever_it_begin
       if (change < at || std::exchange(is_released, true)) return;
       agent_.begin_to_deliver(box_.path(), count, locks);
     });
+    const bool comes_later = box_.content() == drawn.expected;
     agent_.wait();
+    later += comes_later;
     const std::string delivered = agent_.take_delivered();
     ASSERT_TRUE(box_.content() == drawn.expected + delivered)
         << drawn.shape->name << ", " << drawn.edit->name << ", " << locks << " from change " << at << ":\n"
         << box_.content().substr(0, 2000);
   }
   EXPECT_LT(refused_, kRounds / 10);
+  EXPECT_LT(later, kRounds) << "some of it while the update goes on";
+  RecordProperty("later", later);
+  RecordProperty("refused", refused_);
 }
 
 TEST_P(DeliveringProcess, that_takes_no_lock_loses_nothing_where_the_mailbox_keeps_its_file) {
