@@ -19,6 +19,7 @@ constexpr int kNone = 0;
 
 std::atomic<int> noted{kNone};
 std::atomic<int> unfinished{0};
+int completing = 0;
 static_assert(std::atomic<int>::is_always_lock_free, "a signal handler uses them");
 
 #ifdef _WIN32
@@ -99,6 +100,10 @@ UnfinishedWork::UnfinishedWork() {
 
 UnfinishedWork::~UnfinishedWork() { --unfinished; }
 
+CompletingWork::CompletingWork() { ++completing; }
+
+CompletingWork::~CompletingWork() { --completing; }
+
 std::error_code InterruptibleFileSystem::open(const std::string& path, platform::Opening how,
                                               platform::OpenFile& file) noexcept {
   const std::error_code failure = system_.open(path, how, file);
@@ -120,7 +125,7 @@ std::error_code InterruptibleFileSystem::read(platform::OpenFile file, std::int6
 std::error_code InterruptibleFileSystem::write(platform::OpenFile file, std::string_view bytes,
                                                std::size_t& put) noexcept {
   const bool is_new = std::find(new_files_.begin(), new_files_.end(), file) != new_files_.end();
-  if (!is_new || !was_interrupted()) return system_.write(file, bytes, put);
+  if (!is_new || !was_interrupted() || completing > 0) return system_.write(file, bytes, put);
   put = 0;
   return std::make_error_code(std::errc::operation_canceled);
 }

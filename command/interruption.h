@@ -1,7 +1,7 @@
 // What happens when the user interrupts the program (Ctrl-C, a signal to end, a closed window). While nothing is
 // unfinished the program ends at once, as it would by itself. While an output is unfinished the interruption is noted,
 // and the next write to a new file fails; the output then goes away as it does for any failure, and `main` ends the
-// program the way the signal would have. A file that is being overwritten in place is finished first.
+// program the way the signal would have. A file that is taking the place of another is completed first.
 #pragma once
 
 #include <vector>
@@ -35,6 +35,15 @@ class UnfinishedWork {
   ~UnfinishedWork();
   UnfinishedWork(const UnfinishedWork&) = delete;
   UnfinishedWork& operator=(const UnfinishedWork&) = delete;
+};
+
+/// While one lives, writes go on after an interruption: a file that is taking the place of another is completed.
+class CompletingWork {
+ public:
+  CompletingWork();
+  ~CompletingWork();
+  CompletingWork(const CompletingWork&) = delete;
+  CompletingWork& operator=(const CompletingWork&) = delete;
 };
 
 /// The operating system's files, of which new ones can no longer be written after an interruption.

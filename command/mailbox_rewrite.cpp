@@ -62,6 +62,7 @@ void rewrite(const MailboxFile& mailbox, FileReplacement::Staging where,
     copied = copy_appended_mail(file, copied, replacement);
     replacement.sync();
   } while (copied < file.current_size());
+  const CompletingWork from_here;
   replacement.commit(file, copied);
 }
 

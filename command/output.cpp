@@ -101,6 +101,7 @@ void Output::finish() {
       const std::shared_ptr<platform::File> old_file = platform::File::open(system_path(path_));
       if (!old_file) fail();
       replacement_->sync();
+      const CompletingWork from_here;
       replacement_->commit(*old_file, old_file->size());
       replacement_.reset();
     } else {
