@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <system_error>
 
 #include "command/failure.h"
 #include "tests/support/files.h"
@@ -91,6 +92,16 @@ TEST_F(OutputFiles, an_interruption_before_the_end_leaves_the_old_file) {
   }
   EXPECT_EQ(folder_.names(), Names{"out"});
   EXPECT_EQ(tests::read_file(path_), "old");
+}
+
+TEST_F(OutputFiles, what_takes_the_place_of_another_is_completed_after_an_interruption) {
+  platform::FileHandle file = platform::FileHandle::open(path_, platform::Opening::create_new);
+  interrupt(SIGINT);
+  EXPECT_THROW(file.write("a"), std::system_error);
+  const CompletingWork from_here;
+  file.write("b");
+  file.close();
+  EXPECT_EQ(tests::read_file(path_), "b");
 }
 
 TEST_F(OutputFiles, after_an_interruption_none_is_begun) {
