@@ -43,5 +43,13 @@ TEST(Error, a_bare_status_carries_no_number) {
   EXPECT_EQ(error.reporter(), Reporter::none);
 }
 
+TEST(Error, a_bare_status_says_in_words_what_it_means) {
+  EXPECT_STREQ(Error(Status::fail).what(), "unspecified failure");
+  EXPECT_STREQ(Error(Status::invalid_argument).what(), "invalid argument");
+  EXPECT_STREQ(Error(Status::pointer).what(), "null pointer");
+  EXPECT_STREQ(Error(Status::out_of_memory).what(), "out of memory");
+  EXPECT_STREQ(Error(Status::overflow).what(), "value does not fit");
+}
+
 }  // namespace
 }  // namespace vellobar
