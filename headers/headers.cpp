@@ -186,14 +186,23 @@ void CHeaders::RemoveAll() {
 
 void CHeaders::FromString(std::u16string_view headers_data) {
   const std::string text = platform::narrow(platform::process_code_page(), headers_data) + "\r\n";
-  std::string_view rest = text;
-  while (!rest.empty()) {
-    const std::size_t end = rest.find('\n');
-    std::string_view line = rest.substr(0, end);
+  const std::size_t count = items_.size();
+  try {
+    add_lines(text);
+  } catch (...) {
+    items_.resize(count);
+    throw;
+  }
+}
+
+void CHeaders::add_lines(std::string_view text) {
+  while (!text.empty()) {
+    const std::size_t end = text.find('\n');
+    std::string_view line = text.substr(0, end);
     if (line.ends_with('\r')) line.remove_suffix(1);
     if (line.empty()) return;
     add_line(line);
-    rest.remove_prefix(end + 1);
+    text.remove_prefix(end + 1);
   }
 }
 

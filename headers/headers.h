@@ -101,6 +101,8 @@ class CHeaders {
     std::u16string text;
   };
 
+  /// Up to the first empty line.
+  void add_lines(std::string_view text);
   void forget_decoded() { decoded_.name = {}; }
   bool depends_on_thread(const Entry& entry) const;
   std::string_view stored_name(const Entry& entry) const;

@@ -57,13 +57,13 @@ std::u16string CMessage::MailInfo() {
 }
 
 void CMessage::SetMailInfo(std::u16string_view mail_info) {
-  store_mail_info(mail_info);
+  store_mail_info(std::u16string(mail_info));
   changed_ = true;
   mark_changed(owner_);
 }
 
-void CMessage::store_mail_info(std::u16string_view mail_info) {
-  mail_info_ = mail_info;
+void CMessage::store_mail_info(std::u16string mail_info) noexcept {
+  mail_info_ = std::move(mail_info);
   mail_info_given_ = true;
 }
 
@@ -87,7 +87,7 @@ void CMessage::make_missing_separator_line() {
       std::u16string(mailbox::kWideSeparator) + (sender.empty() ? std::u16string(u"<unknown>") : sender);
   const std::size_t date = headers_ ? headers_->find(std::string_view("date")) : CHeaders::npos;
   if (date != CHeaders::npos) line += u" " + headers_->value(date);
-  store_mail_info(line);
+  store_mail_info(std::move(line));
 }
 
 void CMessage::Load() {
@@ -126,18 +126,7 @@ void CMessage::drop_body() {
   drop_parts();
 }
 
-void CMessage::drop_parts() {
-  std::vector<std::shared_ptr<CMessage>> messages;
-  give_up_parts(messages);
-  release(std::move(messages));
-}
-
-void CMessage::give_up_parts(std::vector<std::shared_ptr<CMessage>>& to) {
-  if (!parts_) return;
-  parts_->forget_parent();
-  if (parts_.use_count() == 1) parts_->give_up_items(to);
-  parts_.reset();
-}
+void CMessage::drop_parts() { CMessages::release(give_up_parts()); }
 
 void CMessage::drop_what_walking_read(Held before) {
   if (!before.body && body_) drop_body();

@@ -240,7 +240,7 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// The collection of parts as far as it was made; null before.
   CMessages* existing_parts() const { return parts_.get(); }
   /// Takes the parts out, for whoever lets go of this message and what is below it.
-  void give_up_parts(std::vector<std::shared_ptr<CMessage>>& to);
+  std::shared_ptr<CMessages> give_up_parts() noexcept { return std::move(parts_); }
   /// For a part that was found with its whole tree: where that stands.
   void use_outline(std::shared_ptr<const mime::PartOutline> outline) { outline_ = std::move(outline); }
   /// True while the message is read from this very place.
@@ -250,10 +250,13 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   void recognise_separator_line();
   /// Gives a message added to a mailbox the separator line it lacks, from its sender and date.
   void make_missing_separator_line();
-  /// Makes the message multipart for a part that is being added, when it has no boundary yet; nobody is told.
-  void become_multipart_for_added_part();
+  /// Reads the text and splits it, as far as the header block can be read.
+  void load_parts();
+  /// Makes the message multipart for a part that is being added, when it has no boundary yet; nobody is told. A part
+  /// that is given gets the delimiter as its MailInfo.
+  void become_multipart_for_added_part(CMessage* takes_delimiter);
   /// Stores MailInfo without telling anybody; what is loaded later does not replace it.
-  void store_mail_info(std::u16string_view mail_info);
+  void store_mail_info(std::u16string mail_info) noexcept;
   /// Notes the temporary file that an added attachment reads from; only Unload deletes it.
   void keep_attachment_file(std::string path) { temporary_files_[kAttachmentFile] = std::move(path); }
 
@@ -273,7 +276,10 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// The text with its transfer encoding undone, in the charset that the other message names.
   std::u16string transfer_decoded_text(CMessage& charset_source);
   void read_mail_info();
-  void read_from_own_file(std::shared_ptr<platform::File> file, bool has_separator);
+  struct OwnFile;
+  OwnFile own_file(std::shared_ptr<platform::File> file, bool has_separator) const;
+  void read_from(OwnFile own) noexcept;
+  void move_to_own_file();
   void drop_content();
   void drop_body();
   void drop_parts();

@@ -73,7 +73,8 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   bool scan(const std::shared_ptr<platform::File>& file, std::int64_t from, std::int64_t limit);
 
   /// The same for the parts of a message between the opening delimiter line and the message's end. The last one found,
-  /// which is what follows the closing delimiter when there is one, is never a part.
+  /// which is what follows the closing delimiter when there is one, is never a part. What an earlier attempt found is
+  /// given up.
   mailbox::ScanResult split(const std::shared_ptr<platform::File>& file, std::int64_t from, std::int64_t limit,
                             std::u16string_view delimiter);
 
@@ -90,9 +91,7 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
 
   /// The message at a position as it is held, else one made for the caller alone.
   std::shared_ptr<CMessage> for_walking(std::int64_t index);
-  /// The messages that are held as objects are appended; the collection is empty then.
-  void give_up_items(std::vector<std::shared_ptr<CMessage>>& to);
-  /// The same without giving them up.
+  /// The messages that are held as objects are appended.
   void append_existing(std::vector<CMessage*>& to) const;
   /// True when a client holds one of the messages.
   bool has_held_items() const;
@@ -110,12 +109,12 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
 
   /// The separator line that starts each message: "From ", or a parts collection's delimiter.
   const std::u16string& separator() const { return separator_; }
-  void set_separator(std::u16string_view separator) { separator_ = separator; }
+  void set_separator(std::u16string separator) noexcept { separator_ = std::move(separator); }
 
   const OwnerLink& owner() const { return owner_; }
   CMessage* parent() const { return parent_; }
-  /// Called by the parent message when it lets this collection go.
-  void forget_parent() { parent_ = nullptr; }
+  /// For a message that lets go of its parts, and of all below them, however deep that is. Needs no memory.
+  static void release(std::shared_ptr<CMessages> parts) noexcept;
 
  private:
   struct Entry {
@@ -123,11 +122,14 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
     std::shared_ptr<CMessage> object;
   };
 
+  void release_items(std::shared_ptr<CMessages>& to_release) noexcept;
   const std::shared_ptr<CMessage>& object_at(std::size_t index);
   mailbox::ScanResult scan_range(std::int64_t from, std::int64_t limit);
   std::shared_ptr<CMessage> new_object(const Entry& entry);
   void write(platform::ByteSink& to);
-  void append(std::shared_ptr<CMessage> message);
+  /// What the MailInfo of a message says that is added to parts.
+  enum class Carries { its_own_line, the_delimiter };
+  void append(const std::shared_ptr<CMessage>& message, Carries line);
   void remember_removed(const Entry& entry);
   void check_position(std::int64_t position) const;
 
@@ -141,6 +143,7 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   std::string scanned_separator_;                 ///< the separator as the scan compared it
   std::vector<std::int64_t> removed_positions_;   ///< where scanned messages began that were removed since
   std::vector<std::weak_ptr<CMessage>> removed_;  ///< objects of removed messages, which others may hold
+  std::shared_ptr<CMessages> next_to_release_;
 };
 
 /// `for (const auto& message : mailbox.Messages())`: see ItemIterator.
@@ -148,8 +151,5 @@ inline ItemIterator<CMessages, CMessage> begin(std::shared_ptr<CMessages> messag
   return ItemIterator<CMessages, CMessage>(std::move(messages));
 }
 inline std::default_sentinel_t end(std::shared_ptr<CMessages>) { return {}; }
-
-/// Lets go of messages and of what is below them, however deep that is.
-void release(std::vector<std::shared_ptr<CMessage>> messages) noexcept;
 
 }  // namespace vellobar
