@@ -6,6 +6,7 @@
 #include "errors/error.h"
 #include "headers/headers.h"
 #include "mailbox/message.h"
+#include "mailbox/messages.h"
 #include "platform/code_page.h"
 #include "platform/file.h"
 
@@ -96,7 +97,9 @@ CHeaders* CMessage::load_headers() {
   }
   body_offset_ = reader.position();
   changed_ = false;
+  block->finish_reading();
   headers_ = std::move(block);
+  if (headers_run_on() && collection_ != nullptr) collection_->keep_headers_that_run_on(*this);
   return headers_.get();
 }
 

@@ -1,5 +1,6 @@
 #include "mailbox/message.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "errors/error.h"
@@ -8,6 +9,7 @@
 #include "mailbox/messages.h"
 #include "mailbox/separator_line.h"
 #include "mailbox/tree_walk.h"
+#include "platform/ascii.h"
 #include "platform/code_page.h"
 #include "platform/file.h"
 
@@ -116,6 +118,7 @@ void CMessage::drop_content() {
   drop_attachments();
   drop_body();
   headers_.reset();
+  headers_were_read_ = false;
 }
 
 void CMessage::drop_body() {
@@ -135,6 +138,12 @@ void CMessage::drop_what_walking_read(Held before) {
 
 void CMessage::drop_headers_that_run_on(Held before) {
   if (!before.headers && headers_run_on()) headers_.reset();
+}
+
+void CMessage::drop_unchanged_headers() noexcept {
+  if (!headers_ || headers_.use_count() > 1 || headers_->is_changed()) return;
+  headers_.reset();
+  headers_were_read_ = true;
 }
 
 void CMessage::close_own_file() {
@@ -166,7 +175,7 @@ std::u16string CMessage::Body() {
       // An unreadable part leaves its delimiter line alone.
       if (message.load_headers() == nullptr) return false;
       message.load_body();
-      text += message.own_body();
+      message.append_own_body(text);
       return message.parts_ && message.parts_->Count() > 0;
     }
     void part_begins(const CMessages& parts) override { text += parts.separator() + u"\r\n"; }
@@ -177,15 +186,19 @@ std::u16string CMessage::Body() {
   load_body();
   if (!body_) throw Error(ErrorNumber::cannot_load_text, Reporter::message);
   Joiner joiner;
-  joiner.text = own_body();
+  // About what it will be, because a long text that grows is there twice. Line ends may be longer than they were.
+  const std::int64_t in_file = file_ ? std::clamp<std::int64_t>(Size(), 0, file_->size()) : 0;
+  const std::size_t own = (headers_ ? headers_->most_bytes() : 0) + platform::kLineEnd.size() + body_->size();
+  joiner.text.reserve(std::max(own, static_cast<std::size_t>(parts_ ? in_file + in_file / 8 : 0)));
+  append_own_body(joiner.text);
   if (parts_ && parts_->Count() > 0) mailbox::walk_parts(*this, joiner);
   return std::move(joiner.text);
 }
 
-std::u16string CMessage::own_body() const {
-  std::u16string text = headers_ ? headers_->ToString() : std::u16string();
-  text += u"\r\n";
-  return text += platform::process_text(*body_);
+void CMessage::append_own_body(std::u16string& to) const {
+  if (headers_) headers_->append_text(to);
+  to += u"\r\n";
+  platform::append_widened(platform::process_code_page(), *body_, to);
 }
 
 }  // namespace vellobar

@@ -185,6 +185,8 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   const std::u16string& decoded_header(std::string_view name);
   /// What Subject gives, valid until the next call: lists ask for it over and over and copy it anyway.
   const std::u16string& subject() { return decoded_header("Subject"); }
+  /// The same for the caller to keep.
+  std::u16string header_text(std::string_view name);
   /// Replaces, removes (empty value) or appends one header; tells nobody.
   void set_header_value(std::string_view name, std::u16string_view value);
   /// The Windows code page of the message's own charset name; 0 when it names none that counts.
@@ -231,6 +233,8 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   void drop_what_walking_read(Held before);
   /// The same for the headers of a message whose block ran on behind its end: they are those of all that follows.
   void drop_headers_that_run_on(Held before);
+  /// Drops headers that nobody holds or changed; they are read again when somebody asks for them.
+  void drop_unchanged_headers() noexcept;
   /// True when a client holds a part at any depth, or a collection of parts.
   bool has_held_parts() const;
 
@@ -294,7 +298,7 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// Writes all but the parts. True when they are to follow.
   bool write_own_text(platform::ByteSink& sink, Place place);
   /// The whole message but its parts, as a client reads it.
-  std::u16string own_body() const;
+  void append_own_body(std::u16string& to) const;
   bool is_as_read();
   /// The same of all but its own headers.
   bool has_body_of_file();
@@ -323,6 +327,7 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   CMessages* collection_ = nullptr;
   mutable std::int64_t remembered_index_ = -1;
   std::shared_ptr<CHeaders> headers_;
+  bool headers_were_read_ = false;  ///< and dropped to save memory
   std::int64_t body_offset_ = 0;
   std::optional<std::string> body_;
   bool text_was_put_ = false;         ///< the body is not that of the file

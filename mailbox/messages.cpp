@@ -26,6 +26,10 @@ CMessages::~CMessages() {
   for (const std::weak_ptr<CMessage>& removed : removed_) {
     if (const std::shared_ptr<CMessage> message = removed.lock()) message->forget_collection(*this);
   }
+  give_up_items();
+}
+
+void CMessages::give_up_items() noexcept {
   std::shared_ptr<CMessages> to_release;
   release_items(to_release);
   release(std::move(to_release));
@@ -79,6 +83,14 @@ std::shared_ptr<CMessage> CMessages::new_object(const Entry& entry) {
   auto object = std::make_shared<CMessage>(owner_, this, file_, entry.extent);
   if (outline_) object->use_outline(outline_);
   return object;
+}
+
+void CMessages::keep_headers_that_run_on(CMessage& message) noexcept {
+  constexpr long kHereAndInTheCollection = 2;
+  const std::shared_ptr<CMessage> before = with_headers_that_run_on_.lock();
+  const bool is_held = before && before.use_count() > kHereAndInTheCollection;
+  if (before && before.get() != &message && !is_held) before->drop_unchanged_headers();
+  with_headers_that_run_on_ = message.weak_from_this();
 }
 
 void CMessages::append_existing(std::vector<CMessage*>& to) const {
@@ -208,13 +220,11 @@ mailbox::ScanResult CMessages::split(const std::shared_ptr<platform::File>& file
     ~DropLast() {
       if (!items.empty()) items.pop_back();
     }
-    std::deque<Entry>& items;
+    mailbox::MadeOnUse<Entry>& items;
   };
   file_ = file;
   set_separator(std::u16string(delimiter));
-  std::shared_ptr<CMessages> to_release;
-  release_items(to_release);
-  release(std::move(to_release));
+  give_up_items();
   // Deliberate: without a closing delimiter the last part is lost; see
   // without_its_closing_delimiter_a_message_loses_its_last_part.
   const DropLast also_when_memory_runs_out{items_};
@@ -224,20 +234,21 @@ mailbox::ScanResult CMessages::split(const std::shared_ptr<platform::File>& file
 void CMessages::split(const std::shared_ptr<platform::File>& file, std::u16string_view delimiter,
                       const std::vector<mailbox::Extent>& parts, std::shared_ptr<const mime::PartOutline> outline) {
   // Put together first: when memory runs out, nothing was split.
-  std::deque<Entry> items;
+  mailbox::MadeOnUse<Entry> items;
   for (const mailbox::Extent& extent : parts) items.push_back({extent, nullptr});
   std::u16string separator(delimiter);
   file_ = file;
   set_separator(std::move(separator));
+  give_up_items();
   outline_ = std::move(outline);
   items_ = std::move(items);
 }
 
 mailbox::ScanResult CMessages::scan_range(std::int64_t from, std::int64_t limit) {
   struct Sink final : mailbox::ExtentSink {
-    explicit Sink(std::deque<Entry>& entries) : items(entries) {}
+    explicit Sink(mailbox::MadeOnUse<Entry>& entries) : items(entries) {}
     void found(const mailbox::Extent& extent) override { items.push_back({extent, nullptr}); }
-    std::deque<Entry>& items;
+    mailbox::MadeOnUse<Entry>& items;
   };
   scanned_separator_ = platform::process_bytes(separator_);
   Sink sink(items_);

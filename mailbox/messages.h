@@ -4,7 +4,6 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <iterator>
 #include <memory>
 #include <string>
@@ -14,6 +13,7 @@
 
 #include "mailbox/extent.h"
 #include "mailbox/item_iterator.h"
+#include "mailbox/made_on_use.h"
 #include "mailbox/owner.h"
 
 namespace vellobar {
@@ -100,6 +100,10 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
 
   /// Throws std::system_error when a scanned message does not begin where it was found any longer.
   void check_positions() const;
+  /// For a message whose header block runs on behind its end, as far as those of its neighbours do: of the messages
+  /// that nobody but the collection holds only the last one keeps such headers, for mail can have thousands that all
+  /// run on.
+  void keep_headers_that_run_on(CMessage& message) noexcept;
 
   /// Writes a whole mailbox, having made sure that every scanned message still begins where it was found. Messages of
   /// which a client holds nothing are read, written and dropped one at a time; the others stay in memory, whole. Throws
@@ -122,6 +126,7 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
     std::shared_ptr<CMessage> object;
   };
 
+  void give_up_items() noexcept;
   void release_items(std::shared_ptr<CMessages>& to_release) noexcept;
   const std::shared_ptr<CMessage>& object_at(std::size_t index);
   mailbox::ScanResult scan_range(std::int64_t from, std::int64_t limit);
@@ -137,13 +142,14 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   CMessage* parent_ = nullptr;
   std::u16string separator_;
   std::shared_ptr<platform::File> file_;
-  std::deque<Entry> items_;
+  mailbox::MadeOnUse<Entry> items_;
   std::shared_ptr<const mime::PartOutline> outline_;
   bool is_edited_ = false;
   std::string scanned_separator_;                 ///< the separator as the scan compared it
   std::vector<std::int64_t> removed_positions_;   ///< where scanned messages began that were removed since
   std::vector<std::weak_ptr<CMessage>> removed_;  ///< objects of removed messages, which others may hold
   std::shared_ptr<CMessages> next_to_release_;
+  std::weak_ptr<CMessage> with_headers_that_run_on_;
 };
 
 /// `for (const auto& message : mailbox.Messages())`: see ItemIterator.

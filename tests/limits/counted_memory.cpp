@@ -116,6 +116,8 @@ RefusedAllocation::RefusedAllocation(std::size_t number, Refusal refusal) noexce
 
 RefusedAllocation::~RefusedAllocation() { granted = kNever; }
 
+bool is_next_allocation_refused() noexcept { return is_refused(); }
+
 bool RefusedAllocation::came() const noexcept { return has_refused; }
 
 }  // namespace vellobar::tests

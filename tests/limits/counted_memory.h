@@ -36,4 +36,7 @@ class RefusedAllocation {
   bool came() const noexcept;
 };
 
+/// For allocations that do not come through `operator new`: counted like those, and true for one that is to fail.
+bool is_next_allocation_refused() noexcept;
+
 }  // namespace vellobar::tests
