@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <exception>
+#include <new>
 #include <system_error>
 #include <utility>
 
@@ -131,7 +132,8 @@ void CVellobar::Update() {
   try {
     platform::finish_interrupted_replacement(path_);
     write_mailbox();
-  } catch (const std::system_error&) {
+  } catch (const std::system_error& failure) {
+    if (failure.code() == std::errc::not_enough_memory) throw std::bad_alloc();
     throw Error(ErrorNumber::cannot_update_mailbox, Reporter::vellobar);
   }
   changed_ = false;

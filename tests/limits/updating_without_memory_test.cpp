@@ -2,6 +2,8 @@
 // stands beside it, and the next update succeeds.
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "headers/headers.h"
 #include "tests/limits/scarce_memory.h"
 
@@ -63,6 +65,24 @@ void expect_old_or_new(Bench& bench, bool is_done) {
 
 TEST(UpdatingWithoutMemory, the_mailbox_is_the_old_one_or_the_new_one) {
   refuse_each_allocation({kMail, lock_and_change, update, expect_old_or_new});
+}
+
+/// Such a file is overwritten; what that leaves undone without memory is completed or put back by the next Lock.
+TEST(UpdatingWithoutMemory, a_mailbox_with_a_second_hard_link_is_the_old_one_or_the_new_one_once_it_is_locked_again) {
+  const Step link = [](Bench& bench) {
+    std::filesystem::remove(bench.folder.path("link"));
+    std::filesystem::create_hard_link(bench.path, bench.folder.path("link"));
+    lock_and_change(bench);
+  };
+  const Check check = [](Bench& bench, bool is_done) {
+    bench.control->Unlock();
+    bench.control->Lock();
+    const std::string content = read_file(bench.path);
+    EXPECT_TRUE(content == kWritten || (!is_done && content == kMail)) << content;
+    EXPECT_EQ(read_file(bench.folder.path("link")), content);
+    EXPECT_EQ(bench.folder.names(), (std::vector<std::string>{"link", "mail"}));
+  };
+  refuse_each_allocation({kMail, link, update, check});
 }
 
 TEST(UpdatingWithoutMemory, messages_and_parts_that_a_client_holds_stay_readable) {
