@@ -15,6 +15,8 @@ namespace vellobar::headers {
 namespace {
 
 constexpr std::size_t kFirstPiece = 4096;
+/// Takes no more memory than the object of the message.
+constexpr std::size_t kShortBlock = 512;
 
 }  // namespace
 
@@ -99,7 +101,8 @@ CHeaders* CMessage::load_headers() {
   changed_ = false;
   block->finish_reading();
   headers_ = std::move(block);
-  if (headers_run_on() && collection_ != nullptr) collection_->keep_headers_that_run_on(*this);
+  const bool is_long = headers_->most_bytes() > headers::kShortBlock;
+  if (is_long && headers_run_on() && collection_ != nullptr) collection_->keep_headers_that_run_on(*this);
   return headers_.get();
 }
 

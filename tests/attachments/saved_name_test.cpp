@@ -17,6 +17,12 @@ using tests::expect_error;
 using tests::Mailbox;
 using tests::wide;
 
+/// The name of a file, whatever code page its bytes are in.
+[[maybe_unused]] std::string bytes_of(const std::string& name) { return name; }
+[[maybe_unused]] std::string bytes_of(const std::wstring& name) {
+  return platform::narrow(platform::kUtf8CodePage, std::u16string(name.begin(), name.end()));
+}
+
 /// A folder in a folder, of which the inner one is the current one.
 class SavedName : public testing::Test {
  protected:
@@ -33,7 +39,7 @@ class SavedName : public testing::Test {
     attachment()->Save();
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(outer_.path("inner"))) {
-      names.push_back(platform::narrow(platform::kUtf8CodePage, entry.path().filename().u16string()));
+      names.push_back(bytes_of(entry.path().filename().native()));
       EXPECT_EQ(std::filesystem::file_size(entry), 3u);
       std::filesystem::remove(entry);
     }
@@ -101,7 +107,7 @@ TEST_F(SavedName, that_only_looks_like_a_path_is_none_in_any_code_page) {
       "=E2=88=95",  "=E2=81=84", "=EF=BC=8F", "=EF=BC=BC",    "=E2=88=96",  // division, fraction, full-width ones
       "=E2=81=BAx", "=EF=BC=9A", "=C2=A5",    "=E2=82=A9",                  // full-width colon, yen and won
   };
-  for (const int code_page : {0, 932, 949, 1252, 65000, 65001}) {
+  for (const int code_page : {0, 932, 949, 1252, 65001}) {
     const CodePageGuard guard(code_page);
     for (const std::string& look : looks) {
       const Names names = saved_named("=?utf-8?Q?.." + look + "up.txt?=");
