@@ -8,9 +8,9 @@
 #include "errors/error.h"
 #include "mailbox/message.h"
 #include "mailbox/messages.h"
+#include "mailbox/scratch_file.h"
 #include "platform/code_page.h"
 #include "platform/file.h"
-#include "platform/temporary_file.h"
 
 namespace vellobar {
 
@@ -24,20 +24,20 @@ std::shared_ptr<platform::File> open_to_attach(std::u16string_view filename) {
   return file;
 }
 
-/// Writes the part to a temporary file, which stays on the disk, and returns the file's path.
-std::string write_part(platform::File& file, std::string_view name, int encoding) {
-  std::string path = platform::temporary_file_name();
+/// Writes the part to a temporary file.
+void write_part(platform::File& file, std::string_view name, int encoding, mailbox::ScratchFile& scratch) {
   try {
-    const std::unique_ptr<platform::OutputFile> output = platform::OutputFile::create(path);
+    const std::unique_ptr<platform::OutputFile> output = platform::OutputFile::create(scratch.path());
     if (!output) throw Error(ErrorNumber::cannot_write_temporary_file, Reporter::vellobar);
-    const bool is_known = attachments::write_encoded_part(encoding, name, file, *output);
-    if (!is_known) throw Error(ErrorNumber::unsupported_encoding, Reporter::vellobar);
+    if (!attachments::write_encoded_part(encoding, name, file, *output)) {
+      // Deliberate: the file stays, see another_encoding_reports_30013_and_leaves_the_temporary_file_behind.
+      scratch.keep();
+      throw Error(ErrorNumber::unsupported_encoding, Reporter::vellobar);
+    }
     output->close();
   } catch (const std::system_error&) {
-    platform::remove_file(path);
     throw Error(ErrorNumber::cannot_write_temporary_file, Reporter::vellobar);
   }
-  return path;
 }
 
 }  // namespace
@@ -61,16 +61,18 @@ std::shared_ptr<CMessage> CAttachments::Add(std::u16string_view filename, std::o
 std::shared_ptr<CMessage> CAttachments::add_as(std::u16string_view name, std::u16string_view filename, int encoding) {
   if (message_ == nullptr) throw Error(Status::fail);
   const std::shared_ptr<platform::File> file = open_to_attach(filename);
-  std::string path = write_part(*file, platform::process_bytes(name), encoding);
-  if (file->failed()) {
-    platform::remove_file(path);
-    throw Error(ErrorNumber::cannot_open_file, Reporter::vellobar);
+  mailbox::ScratchFile scratch;
+  write_part(*file, platform::process_bytes(name), encoding, scratch);
+  if (file->failed()) throw Error(ErrorNumber::cannot_open_file, Reporter::vellobar);
+  std::shared_ptr<platform::File> coded = platform::File::open(scratch.path());
+  if (!coded) {
+    // Deliberate: the file is left; whoever keeps it from being read may still want it.
+    scratch.keep();
+    throw Error(ErrorNumber::cannot_reopen_temporary_file, Reporter::vellobar);
   }
-  std::shared_ptr<platform::File> coded = platform::File::open(path);
-  if (!coded) throw Error(ErrorNumber::cannot_reopen_temporary_file, Reporter::vellobar);
   const std::int64_t size = coded->size();
   std::shared_ptr<CMessage> part = message_->Parts()->adopt(std::move(coded), size);
-  part->keep_attachment_file(std::move(path));
+  part->keep_attachment_file(scratch.keep());
   // Last of all: an update that follows at once may end this collection.
   mark_changed(owner_);
   return part;

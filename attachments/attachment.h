@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "mailbox/owner.h"
 
@@ -62,6 +63,7 @@ class CAttachment {
   /// For the component's own use: what discovery read in the mail.
   void describe(std::u16string name, std::u16string type);
   const CodedRange& range() const { return range_; }
+  void read_from(CodedRange range) noexcept { range_ = std::move(range); }
   /// Another object that says the same.
   std::shared_ptr<CAttachment> another() const;
   /// Decodes into a sink; nothing when there is no source or the encoding is unknown. Throws std::system_error when the

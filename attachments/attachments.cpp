@@ -1,5 +1,6 @@
 #include "attachments/attachments.h"
 
+#include <exception>
 #include <optional>
 #include <string>
 #include <utility>
@@ -154,18 +155,20 @@ void CAttachments::find_in_text(CMessage& message) {
   const std::string text = readable_text(message);
   attachments::UuBlocks blocks(text);
   while (std::optional<attachments::UuBlock> block = blocks.next()) {
-    CodedRange source;
+    // Listed before its file is made, which then belongs to it whatever happens.
+    const auto attachment = std::make_shared<CAttachment>(owner_, message.weak_from_this(), CodedRange{},
+                                                          static_cast<int>(codecs::AttachmentEncoding::uuencode));
+    attachment->describe(platform::process_text(block->name), {});
+    items_.push_back(attachment);
     try {
-      source = attachments::make_block_source(block->lines);
-    } catch (const Error&) {
-      if (!has_control()) throw Error(Status::fail);
+      attachment->read_from(attachments::make_block_source(block->lines));
+    } catch (const std::exception& failure) {
+      items_.pop_back();
+      if (dynamic_cast<const Error*>(&failure) != nullptr && !has_control()) throw Error(Status::fail);
       throw;
     }
     // Without room for the block the search ends quietly.
-    if (!source.file) return;
-    items_.push_back(std::make_shared<CAttachment>(owner_, message.weak_from_this(), std::move(source),
-                                                   static_cast<int>(codecs::AttachmentEncoding::uuencode)));
-    items_.back()->describe(platform::process_text(block->name), {});
+    if (!attachment->range().file) return items_.pop_back();
   }
 }
 

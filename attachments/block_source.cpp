@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "errors/error.h"
+#include "mailbox/scratch_file.h"
 #include "platform/file.h"
-#include "platform/temporary_file.h"
 
 namespace vellobar::attachments {
 
@@ -47,17 +47,23 @@ bool write_lines(const std::string& path, std::string_view lines) {
 }  // namespace
 
 CodedRange make_block_source(std::string_view lines) {
-  std::string path = platform::temporary_file_name();
-  if (!write_lines(path, lines)) {
-    platform::remove_file(path);
-    return {};
+  mailbox::ScratchFile scratch;
+  if (!write_lines(scratch.path(), lines)) return {};
+  std::shared_ptr<platform::File> file = platform::File::open(scratch.path());
+  if (!file) {
+    // Deliberate: the file is left; whoever keeps it from being read may still want it.
+    scratch.keep();
+    throw Error(ErrorNumber::cannot_write_temporary_file, Reporter::vellobar);
   }
-  std::shared_ptr<platform::File> file = platform::File::open(path);
-  if (!file) throw Error(ErrorNumber::cannot_write_temporary_file, Reporter::vellobar);
-  const auto size = static_cast<std::int64_t>(lines.size());
-  if (take_place_among_open_files()) return {with_place(std::move(file)), 0, size};
-  file->suspend();
-  return {std::move(file), 0, size, std::move(path)};
+  CodedRange range{.file = nullptr, .start = 0, .end = static_cast<std::int64_t>(lines.size())};
+  const bool stays_open = take_place_among_open_files();
+  range.file = stays_open ? with_place(std::move(file)) : std::move(file);
+  std::string path = scratch.keep();
+  if (!stays_open) {
+    range.file->suspend();
+    range.reopened_from = std::move(path);
+  }
+  return range;
 }
 
 }  // namespace vellobar::attachments

@@ -74,7 +74,9 @@ bool convert(const VARIANT& value, VARTYPE type, VARIANT& number) {
   // An object would be asked for its default value, which is the client's code.
   if (held == VT_DISPATCH || held == VT_UNKNOWN) return false;
   VariantInit(&number);
-  return SUCCEEDED(VariantChangeType(&number, const_cast<VARIANT*>(&plain.value()), 0, type));
+  const HRESULT result = VariantChangeType(&number, const_cast<VARIANT*>(&plain.value()), 0, type);
+  if (result == E_OUTOFMEMORY) throw std::bad_alloc();
+  return SUCCEEDED(result);
 }
 
 }  // namespace

@@ -2,8 +2,9 @@
 // Callgrind (Debian's valgrind) at half its largest size and at the largest, and prints how the instructions grew.
 // Ends with a failure when one grew by more than the limit.
 //
-//   growth [--largest BYTES] [NAME...]  all families, or those whose name or area is given; smaller ones for a quick look
-//   growth --run NAME SIZE              one family once, without counting: what the check itself runs under Callgrind
+//   growth [--largest BYTES] [NAME...]  all families, or those whose name or area is given; smaller ones for a quick
+//   look growth --run NAME SIZE              one family once, without counting: what the check itself runs under
+//   Callgrind
 #include <unistd.h>
 
 #include <algorithm>
@@ -45,7 +46,7 @@ struct Area {
   std::span<const GrowthFamily> (*families)();
 };
 constexpr std::array kAreas = {Area{"words", word_growth_families}, Area{"headers", header_growth_families},
-                               Area{"parts", part_growth_families}};
+                               Area{"parts", part_growth_families}, Area{"clients", client_growth_families}};
 
 const GrowthFamily& family_of_name(std::string_view name) {
   for (const Area& area : kAreas) {

@@ -26,6 +26,7 @@ struct GrowthFamily {
 std::span<const GrowthFamily> word_growth_families();
 std::span<const GrowthFamily> header_growth_families();
 std::span<const GrowthFamily> part_growth_families();
+std::span<const GrowthFamily> client_growth_families();
 
 /// A piece again and again, up to a size.
 std::string repeated(std::string_view piece, std::size_t size);

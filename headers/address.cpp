@@ -54,6 +54,23 @@ class EntryState {
   bool in_brackets_ = false;
 };
 
+template <typename Take>
+void for_each_entry(std::string_view text, Take take) {
+  EntryState state;
+  std::size_t begin = 0;
+  bool has_any = false;
+  for (std::size_t i = 0; i <= text.size(); ++i) {
+    const bool ends = i == text.size() || state.ends_entry(text[i]);
+    if (!ends) continue;
+    const std::string_view entry = without_leading(text.substr(begin, i - begin), " ");
+    begin = i + 1;
+    if (entry.empty()) continue;
+    has_any = true;
+    take(entry);
+  }
+  if (!has_any) take(text);
+}
+
 /// The entries a client wrote. Deliberate: ";" does not divide here and quotes do not protect; see
 /// the_writer_does_not_split_at_a_semicolon and the_writer_splits_at_a_comma_inside_quotes. The end of the text divides
 /// as a CR LF behind it would, so a CR that stands there is part of its entry; see
@@ -100,27 +117,19 @@ std::string address_of(std::string_view text) {
 
 std::vector<std::string_view> split_address_list(std::string_view text) {
   std::vector<std::string_view> entries;
-  EntryState state;
-  std::size_t begin = 0;
-  for (std::size_t i = 0; i <= text.size(); ++i) {
-    const bool ends = i == text.size() || state.ends_entry(text[i]);
-    if (!ends) continue;
-    const std::string_view entry = without_leading(text.substr(begin, i - begin), " ");
-    if (!entry.empty()) entries.push_back(entry);
-    begin = i + 1;
-  }
-  if (entries.empty()) entries.push_back(text);
+  for_each_entry(text, [&](std::string_view entry) { entries.push_back(entry); });
   return entries;
 }
 
 std::string from_each_address(std::string_view list, std::string (*extract)(std::string_view)) {
   std::string joined;
-  for (const std::string_view entry : split_address_list(list)) {
+  joined.reserve(list.size());
+  for_each_entry(list, [&](std::string_view entry) {
     const std::string taken = extract(entry);
-    if (taken.empty()) continue;
+    if (taken.empty()) return;
     if (!joined.empty()) joined += ", ";
     joined += taken;
-  }
+  });
   return joined;
 }
 

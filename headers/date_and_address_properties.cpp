@@ -13,6 +13,19 @@ std::string narrow(std::u16string_view text) { return platform::narrow(platform:
 
 std::u16string widen(std::string_view bytes) { return platform::widen(platform::kThreadCodePage, bytes); }
 
+using Extract = std::string (*)(std::string_view);
+
+/// What is taken from the text of a header, which can be long and is let go as soon as may be.
+std::string taken_from(CMessage& message, std::string_view header, std::string (*take)(std::string_view, Extract),
+                       Extract extract) {
+  std::u16string text = message.header_text(header);
+  const std::string bytes = narrow(text);
+  std::u16string().swap(text);
+  return take(bytes, extract);
+}
+
+std::string from_one_address(std::string_view text, Extract extract) { return extract(text); }
+
 }  // namespace
 
 double CMessage::Date() {
@@ -22,13 +35,19 @@ double CMessage::Date() {
 
 void CMessage::SetDate(double date) { set_header_value("Date", widen(headers::format_date(date))); }
 
-std::u16string CMessage::FromName() { return widen(headers::display_name_of(narrow(From()))); }
+std::u16string CMessage::FromName() {
+  return widen(taken_from(*this, "From", from_one_address, headers::display_name_of));
+}
 
-std::u16string CMessage::FromEmail() { return widen(headers::address_of(narrow(From()))); }
+std::u16string CMessage::FromEmail() { return widen(taken_from(*this, "From", from_one_address, headers::address_of)); }
 
-std::u16string CMessage::ToName() { return widen(headers::from_each_address(narrow(To()), headers::display_name_of)); }
+std::u16string CMessage::ToName() {
+  return widen(taken_from(*this, "To", headers::from_each_address, headers::display_name_of));
+}
 
-std::u16string CMessage::ToEmail() { return widen(headers::from_each_address(narrow(To()), headers::address_of)); }
+std::u16string CMessage::ToEmail() {
+  return widen(taken_from(*this, "To", headers::from_each_address, headers::address_of));
+}
 
 void CMessage::SetFrom(std::u16string_view addresses) {
   set_header_value("From", headers::address_list_text(addresses));

@@ -43,15 +43,15 @@ bool CHeader::parse_line(std::u16string_view line) {
   const std::string text = platform::narrow(platform::process_code_page(), line);
   const std::size_t colon = text.find(": ");
   if (colon == std::string::npos) return false;
-  name_ = platform::widen(platform::kThreadCodePage, std::string_view(text).substr(0, colon));
+  std::u16string name = platform::widen(platform::kThreadCodePage, std::string_view(text).substr(0, colon));
   value_ = platform::widen(platform::kThreadCodePage, std::string_view(text).substr(colon + 2));
+  name_ = std::move(name);
   note_edit();
   return true;
 }
 
 void CHeader::continue_value(std::u16string_view line) {
-  value_ += u"\r\n";
-  value_ += line;
+  value_.append(u"\r\n").append(line);
   note_edit();
 }
 

@@ -6,6 +6,7 @@
 #include "errors/error.h"
 #include "headers/headers.h"
 #include "mailbox/message.h"
+#include "mailbox/messages.h"
 #include "platform/code_page.h"
 #include "platform/file.h"
 
@@ -14,6 +15,8 @@ namespace vellobar::headers {
 namespace {
 
 constexpr std::size_t kFirstPiece = 4096;
+/// Takes no more memory than the object of the message.
+constexpr std::size_t kShortBlock = 512;
 
 }  // namespace
 
@@ -96,7 +99,10 @@ CHeaders* CMessage::load_headers() {
   }
   body_offset_ = reader.position();
   changed_ = false;
+  block->finish_reading();
   headers_ = std::move(block);
+  const bool is_long = headers_->most_bytes() > headers::kShortBlock;
+  if (is_long && headers_run_on() && collection_ != nullptr) collection_->keep_headers_that_run_on(*this);
   return headers_.get();
 }
 

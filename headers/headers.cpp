@@ -59,6 +59,20 @@ std::string through_process_code_page(std::string_view bytes) {
   return platform::narrow(code_page, widen(bytes));
 }
 
+/// A block this long grows by a quarter, not by itself again.
+constexpr std::size_t kLong = std::size_t{1} << 18;
+
+template <typename Sequence>
+void make_room(Sequence& sequence, std::size_t more) {
+  const std::size_t needed = sequence.size() + more;
+  if (needed > kLong && needed > sequence.capacity()) sequence.reserve(needed + needed / 4);
+}
+
+template <typename Sequence>
+void give_back_room(Sequence& sequence) {
+  if (sequence.capacity() - sequence.size() > kLong / 4) sequence.shrink_to_fit();
+}
+
 }  // namespace
 
 CHeaders::CHeaders() = default;
@@ -86,6 +100,7 @@ std::u16string CHeaders::value_of(const Entry& entry) const {
 std::shared_ptr<CHeader> CHeaders::object_at(std::size_t position) {
   Entry& entry = items_[position];
   if (!entry.object) entry.object = std::make_shared<CHeader>(owner_, name_of(entry), value_of(entry));
+  is_changed_ = true;
   return entry.object;
 }
 
@@ -127,28 +142,50 @@ std::size_t CHeaders::find_from(std::size_t from, Matches matches) const {
   return found == items_.end() ? npos : static_cast<std::size_t>(found - items_.begin());
 }
 
-std::u16string CHeaders::ToString() const { return widen(to_bytes_in_process_code_page()); }
+std::size_t CHeaders::most_bytes() const { return text_.size() + items_.size() * 3; }
 
-std::string CHeaders::to_bytes() const {
-  std::string bytes = to_bytes_in_process_code_page();
-  if (platform::is_ascii(bytes)) return bytes;
-  return platform::narrow(platform::kThreadCodePage, widen(bytes));
-}
-
-std::string CHeaders::to_bytes_in_process_code_page() const {
-  std::string bytes;
+/// The pieces of each header in the process code page, line ends included.
+template <typename Take>
+void CHeaders::for_each_line(Take take) const {
+  const int code_page = platform::process_code_page();
+  const bool keeps_ascii = platform::keeps_ascii(code_page);
   for (const Entry& entry : items_) {
+    const std::string_view name = stored_name(entry), value = stored_value(entry);
     // A header is converted as a whole, as CHeader::ToString does: some code pages carry state from name to value.
     if (entry.object) {
-      bytes += platform::narrow(platform::process_code_page(), entry.object->Name() + u": " + entry.object->Value());
+      take(platform::narrow(code_page, entry.object->Name() + u": " + entry.object->Value()));
+    } else if (keeps_ascii && platform::is_ascii(name) && platform::is_ascii(value)) {
+      take(name);
+      take(": ");
+      take(value);
     } else {
-      std::string line(stored_name(entry));
-      line += ": ";
-      line += stored_value(entry);
-      bytes += through_process_code_page(line);
+      take(platform::narrow(code_page, widen(std::string(name).append(": ").append(value))));
     }
-    bytes += platform::kLineEnd;
+    take(platform::kLineEnd);
   }
+}
+
+std::u16string CHeaders::ToString() const {
+  std::u16string text;
+  text.reserve(most_bytes());
+  append_text(text);
+  return text;
+}
+
+void CHeaders::append_text(std::u16string& to) const {
+  for_each_line([&](std::string_view piece) { platform::append_widened(platform::kThreadCodePage, piece, to); });
+}
+
+std::string CHeaders::to_bytes() const {
+  std::string bytes;
+  bytes.reserve(most_bytes());
+  for_each_line([&](std::string_view piece) {
+    if (platform::is_ascii(piece)) {
+      bytes += piece;
+    } else {
+      bytes += platform::narrow(platform::kThreadCodePage, widen(piece));
+    }
+  });
   return bytes;
 }
 
@@ -180,20 +217,30 @@ void CHeaders::Remove(const CHeader& header) {
 void CHeaders::RemoveAll() {
   items_.clear();
   text_.clear();
+  is_changed_ = true;
   forget_decoded();
   mark_changed(owner_);
 }
 
 void CHeaders::FromString(std::u16string_view headers_data) {
   const std::string text = platform::narrow(platform::process_code_page(), headers_data) + "\r\n";
-  std::string_view rest = text;
-  while (!rest.empty()) {
-    const std::size_t end = rest.find('\n');
-    std::string_view line = rest.substr(0, end);
+  const std::size_t count = items_.size();
+  try {
+    add_lines(text);
+  } catch (...) {
+    items_.resize(count);
+    throw;
+  }
+}
+
+void CHeaders::add_lines(std::string_view text) {
+  while (!text.empty()) {
+    const std::size_t end = text.find('\n');
+    std::string_view line = text.substr(0, end);
     if (line.ends_with('\r')) line.remove_suffix(1);
     if (line.empty()) return;
     add_line(line);
-    rest.remove_prefix(end + 1);
+    text.remove_prefix(end + 1);
   }
 }
 
@@ -203,9 +250,18 @@ void CHeaders::add_line(std::string_view line) {
   std::size_t value = colon + 1;
   if (value < line.size() && line[value] == ' ') ++value;
   const std::size_t at = text_.size();
+  make_room(text_, line.size());
+  make_room(items_, 1);
   text_ += line;
   items_.push_back({at, colon, at + value, line.size() - value, nullptr});
+  is_changed_ = true;
   forget_decoded();
+}
+
+void CHeaders::finish_reading() {
+  give_back_room(text_);
+  give_back_room(items_);
+  is_changed_ = false;
 }
 
 void CHeaders::continue_last(std::string_view line) {
@@ -215,8 +271,10 @@ void CHeaders::continue_last(std::string_view line) {
     return;
   }
   // The last header that was read ends where the text ends, so its value grows in place.
+  make_room(text_, platform::kLineEnd.size() + line.size());
   text_ += platform::kLineEnd;
   text_ += line;
+  is_changed_ = true;
   last.value_size += platform::kLineEnd.size() + line.size();
   forget_decoded();
 }
@@ -236,20 +294,37 @@ bool CHeaders::depends_on_thread(const Entry& entry) const {
   return !entry.object && !platform::is_ascii(stored_value(entry));
 }
 
+/// A stored value is not copied for it: values can be long.
+std::u16string CHeaders::decode(std::size_t position) const {
+  const Entry& entry = items_[position];
+  const bool is_plain =
+      !entry.object && platform::is_ascii(stored_value(entry)) && platform::keeps_ascii(platform::process_code_page());
+  return is_plain ? mime::decode_header_value(stored_value(entry)) : mime::decode_header_value(narrow_value(position));
+}
+
 const std::u16string& CHeaders::decoded(std::string_view ascii_name) {
   const std::uint64_t edits = CHeader::edits();
   const int code_page = platform::process_code_page();
-  const bool is_last_one = decoded_.name == ascii_name && decoded_.edits == edits && decoded_.code_page == code_page;
-  if (is_last_one && decoded_.is_kept) return decoded_.text;
+  if (!decoded_) decoded_ = std::make_unique<Decoded>();
+  Decoded& last = *decoded_;
+  const bool is_last_one = last.name == ascii_name && last.edits == edits && last.code_page == code_page;
+  if (is_last_one && last.is_kept) return last.text;
 
   const std::size_t position = find(ascii_name);
   const bool is_there = position != npos;
-  decoded_.text = is_there ? mime::decode_header_value(narrow_value(position)) : std::u16string();
-  decoded_.name = ascii_name;
-  decoded_.edits = edits;
-  decoded_.code_page = code_page;
-  decoded_.is_kept = !is_there || !depends_on_thread(items_[position]);
-  return decoded_.text;
+  last.text = is_there ? decode(position) : std::u16string();
+  last.name = ascii_name;
+  last.edits = edits;
+  last.code_page = code_page;
+  last.is_kept = !is_there || !depends_on_thread(items_[position]);
+  return last.text;
+}
+
+std::u16string CHeaders::take_decoded(std::string_view ascii_name) {
+  const std::u16string& text = decoded(ascii_name);
+  if (text.size() < kLong) return text;
+  forget_decoded();
+  return std::exchange(decoded_->text, {});
 }
 
 std::u16string CHeaders::name(std::size_t position) const { return name_of(items_[position]); }
@@ -260,6 +335,7 @@ void CHeaders::set_value(std::size_t position, std::u16string_view value) { obje
 
 void CHeaders::erase(std::size_t position) {
   items_.erase(items_.begin() + static_cast<std::ptrdiff_t>(position));
+  is_changed_ = true;
   forget_decoded();
 }
 
@@ -267,6 +343,7 @@ void CHeaders::append(std::u16string_view name, std::u16string_view value) {
   Entry entry;
   entry.object = std::make_shared<CHeader>(owner_, std::u16string(name), std::u16string(value));
   items_.push_back(std::move(entry));
+  is_changed_ = true;
   forget_decoded();
 }
 

@@ -60,6 +60,10 @@ class CHeaders {
   void add_line(std::string_view line);
   /// Lengthens the last header's value by CR LF and the line. There must be a header.
   void continue_last(std::string_view line);
+  /// All lines of a block came; what is done from now on are changes.
+  void finish_reading();
+  /// True when somebody changed the headers, or may through an object that was made of one.
+  bool is_changed() const { return is_changed_; }
 
   static constexpr std::size_t npos = static_cast<std::size_t>(-1);
   /// Position of the first header of this name at or behind `from`, without regard to case; npos when there is none.
@@ -75,12 +79,19 @@ class CHeaders {
   /// last one is kept, so that reading the same value over and over decodes it once. The name is a literal: it is kept
   /// too.
   const std::u16string& decoded(std::string_view ascii_name);
+  /// The same for the caller to keep. A long one is not kept here as well.
+  std::u16string take_decoded(std::string_view ascii_name);
   std::u16string name(std::size_t position) const;
   std::u16string value(std::size_t position) const;
 
   void set_value(std::size_t position, std::u16string_view value);
   void erase(std::size_t position);
   void append(std::u16string_view name, std::u16string_view value);
+
+  /// What ToString says, appended to a text.
+  void append_text(std::u16string& to) const;
+  /// How many bytes that is, at most, while none of the headers is an object.
+  std::size_t most_bytes() const;
 
   /// What ToString says, as the bytes that are written to a file.
   std::string to_bytes() const;
@@ -101,13 +112,19 @@ class CHeaders {
     std::u16string text;
   };
 
-  void forget_decoded() { decoded_.name = {}; }
+  /// Up to the first empty line.
+  void add_lines(std::string_view text);
+  std::u16string decode(std::size_t position) const;
+  void forget_decoded() {
+    if (decoded_) decoded_->name = {};
+  }
   bool depends_on_thread(const Entry& entry) const;
   std::string_view stored_name(const Entry& entry) const;
   std::string_view stored_value(const Entry& entry) const;
   std::u16string name_of(const Entry& entry) const;
   std::u16string value_of(const Entry& entry) const;
-  std::string to_bytes_in_process_code_page() const;
+  template <typename Take>
+  void for_each_line(Take take) const;
   std::shared_ptr<CHeader> object_at(std::size_t position);
   template <typename Matches>
   std::size_t find_from(std::size_t from, Matches matches) const;
@@ -117,7 +134,8 @@ class CHeaders {
   OwnerLink owner_;
   std::string text_;
   std::vector<Entry> items_;
-  Decoded decoded_;
+  bool is_changed_ = false;
+  std::unique_ptr<Decoded> decoded_;  ///< null until something was decoded
 };
 
 /// `for (const auto& header : message->Headers())`: see ItemIterator.

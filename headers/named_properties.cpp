@@ -17,10 +17,15 @@ const std::u16string& CMessage::decoded_header(std::string_view name) {
   return headers != nullptr ? headers->decoded(name) : kNone;
 }
 
+std::u16string CMessage::header_text(std::string_view name) {
+  CHeaders* headers = load_headers();
+  return headers != nullptr ? headers->take_decoded(name) : std::u16string();
+}
+
 void CMessage::set_header_value(std::string_view name, std::u16string_view value) {
   // Deliberate: a header block read only for this write is not searched; see
   // setting_a_property_before_anything_was_read_appends_a_second_header.
-  const bool searches = loaded_headers() != nullptr;
+  const bool searches = loaded_headers() != nullptr || headers_were_read_;
   CHeaders* headers = load_headers();
   if (headers == nullptr) return;
   const std::size_t position = searches ? headers->find(name) : CHeaders::npos;
@@ -35,44 +40,44 @@ void CMessage::set_header_value(std::string_view name, std::u16string_view value
 
 // ---- Properties that show a header's text ----
 
-std::u16string CMessage::From() { return decoded_header("From"); }
-std::u16string CMessage::To() { return decoded_header("To"); }
-std::u16string CMessage::CC() { return decoded_header("CC"); }
-std::u16string CMessage::BCC() { return decoded_header("BCC"); }
+std::u16string CMessage::From() { return header_text("From"); }
+std::u16string CMessage::To() { return header_text("To"); }
+std::u16string CMessage::CC() { return header_text("CC"); }
+std::u16string CMessage::BCC() { return header_text("BCC"); }
 
-std::u16string CMessage::Subject() { return subject(); }
+std::u16string CMessage::Subject() { return header_text("Subject"); }
 void CMessage::SetSubject(std::u16string_view subject) {
   const bool is_encoded = mime::has_8_bit_bytes(platform::narrow(platform::process_code_page(), subject));
   set_header_value("Subject", is_encoded ? mime::utf8_encoded_word(subject) : std::u16string(subject));
 }
 
-std::u16string CMessage::ContentDescription() { return decoded_header("Content-Description"); }
+std::u16string CMessage::ContentDescription() { return header_text("Content-Description"); }
 void CMessage::SetContentDescription(std::u16string_view value) { set_header_value("Content-Description", value); }
 
-std::u16string CMessage::ContentDisposition() { return decoded_header("Content-Disposition"); }
+std::u16string CMessage::ContentDisposition() { return header_text("Content-Disposition"); }
 void CMessage::SetContentDisposition(std::u16string_view value) { set_header_value("Content-Disposition", value); }
 
-std::u16string CMessage::ContentID() { return decoded_header("Content-ID"); }
+std::u16string CMessage::ContentID() { return header_text("Content-ID"); }
 void CMessage::SetContentID(std::u16string_view value) { set_header_value("Content-ID", value); }
 
-std::u16string CMessage::ContentTransferEncoding() { return decoded_header("Content-Transfer-Encoding"); }
+std::u16string CMessage::ContentTransferEncoding() { return header_text("Content-Transfer-Encoding"); }
 void CMessage::SetContentTransferEncoding(std::u16string_view value) {
   set_header_value("Content-Transfer-Encoding", value);
 }
 
-std::u16string CMessage::ContentType() { return decoded_header("Content-Type"); }
+std::u16string CMessage::ContentType() { return header_text("Content-Type"); }
 void CMessage::SetContentType(std::u16string_view value) { set_header_value("Content-Type", value); }
 
-std::u16string CMessage::MessageID() { return decoded_header("Message-ID"); }
+std::u16string CMessage::MessageID() { return header_text("Message-ID"); }
 void CMessage::SetMessageID(std::u16string_view value) { set_header_value("Message-ID", value); }
 
-std::u16string CMessage::MIMEVersion() { return decoded_header("MIME-Version"); }
+std::u16string CMessage::MIMEVersion() { return header_text("MIME-Version"); }
 void CMessage::SetMIMEVersion(std::u16string_view value) { set_header_value("MIME-Version", value); }
 
-std::u16string CMessage::ContentSubtype() { return decoded_header("Content-Subtype"); }
+std::u16string CMessage::ContentSubtype() { return header_text("Content-Subtype"); }
 void CMessage::SetContentSubtype(std::u16string_view value) { set_header_value("Content-Subtype", value); }
 
-std::u16string CMessage::ContentSubtypeParameters() { return decoded_header("Content-Subtype-Parameters"); }
+std::u16string CMessage::ContentSubtypeParameters() { return header_text("Content-Subtype-Parameters"); }
 void CMessage::SetContentSubtypeParameters(std::u16string_view value) {
   set_header_value("Content-Subtype-Parameters", value);
 }
@@ -80,7 +85,7 @@ void CMessage::SetContentSubtypeParameters(std::u16string_view value) {
 // ---- The charset of a message ----
 
 std::u16string CMessage::CharSet() {
-  const std::string content_type = platform::narrow(platform::process_code_page(), ContentType());
+  const std::string content_type = platform::process_bytes(ContentType());
   return platform::widen(platform::kThreadCodePage, mime::charset_in_content_type(content_type));
 }
 

@@ -1,5 +1,6 @@
 #include "mailbox/message.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "errors/error.h"
@@ -8,6 +9,7 @@
 #include "mailbox/messages.h"
 #include "mailbox/separator_line.h"
 #include "mailbox/tree_walk.h"
+#include "platform/ascii.h"
 #include "platform/code_page.h"
 #include "platform/file.h"
 
@@ -57,13 +59,13 @@ std::u16string CMessage::MailInfo() {
 }
 
 void CMessage::SetMailInfo(std::u16string_view mail_info) {
-  store_mail_info(mail_info);
+  store_mail_info(std::u16string(mail_info));
   changed_ = true;
   mark_changed(owner_);
 }
 
-void CMessage::store_mail_info(std::u16string_view mail_info) {
-  mail_info_ = mail_info;
+void CMessage::store_mail_info(std::u16string mail_info) noexcept {
+  mail_info_ = std::move(mail_info);
   mail_info_given_ = true;
 }
 
@@ -87,7 +89,7 @@ void CMessage::make_missing_separator_line() {
       std::u16string(mailbox::kWideSeparator) + (sender.empty() ? std::u16string(u"<unknown>") : sender);
   const std::size_t date = headers_ ? headers_->find(std::string_view("date")) : CHeaders::npos;
   if (date != CHeaders::npos) line += u" " + headers_->value(date);
-  store_mail_info(line);
+  store_mail_info(std::move(line));
 }
 
 void CMessage::Load() {
@@ -116,6 +118,7 @@ void CMessage::drop_content() {
   drop_attachments();
   drop_body();
   headers_.reset();
+  headers_were_read_ = false;
 }
 
 void CMessage::drop_body() {
@@ -126,18 +129,7 @@ void CMessage::drop_body() {
   drop_parts();
 }
 
-void CMessage::drop_parts() {
-  std::vector<std::shared_ptr<CMessage>> messages;
-  give_up_parts(messages);
-  release(std::move(messages));
-}
-
-void CMessage::give_up_parts(std::vector<std::shared_ptr<CMessage>>& to) {
-  if (!parts_) return;
-  parts_->forget_parent();
-  if (parts_.use_count() == 1) parts_->give_up_items(to);
-  parts_.reset();
-}
+void CMessage::drop_parts() { CMessages::release(give_up_parts()); }
 
 void CMessage::drop_what_walking_read(Held before) {
   if (!before.body && body_) drop_body();
@@ -146,6 +138,12 @@ void CMessage::drop_what_walking_read(Held before) {
 
 void CMessage::drop_headers_that_run_on(Held before) {
   if (!before.headers && headers_run_on()) headers_.reset();
+}
+
+void CMessage::drop_unchanged_headers() noexcept {
+  if (!headers_ || headers_.use_count() > 1 || headers_->is_changed()) return;
+  headers_.reset();
+  headers_were_read_ = true;
 }
 
 void CMessage::close_own_file() {
@@ -177,7 +175,7 @@ std::u16string CMessage::Body() {
       // An unreadable part leaves its delimiter line alone.
       if (message.load_headers() == nullptr) return false;
       message.load_body();
-      text += message.own_body();
+      message.append_own_body(text);
       return message.parts_ && message.parts_->Count() > 0;
     }
     void part_begins(const CMessages& parts) override { text += parts.separator() + u"\r\n"; }
@@ -188,15 +186,19 @@ std::u16string CMessage::Body() {
   load_body();
   if (!body_) throw Error(ErrorNumber::cannot_load_text, Reporter::message);
   Joiner joiner;
-  joiner.text = own_body();
+  // About what it will be, because a long text that grows is there twice. Line ends may be longer than they were.
+  const std::int64_t in_file = file_ ? std::clamp<std::int64_t>(Size(), 0, file_->size()) : 0;
+  const std::size_t own = (headers_ ? headers_->most_bytes() : 0) + platform::kLineEnd.size() + body_->size();
+  joiner.text.reserve(std::max(own, static_cast<std::size_t>(parts_ ? in_file + in_file / 8 : 0)));
+  append_own_body(joiner.text);
   if (parts_ && parts_->Count() > 0) mailbox::walk_parts(*this, joiner);
   return std::move(joiner.text);
 }
 
-std::u16string CMessage::own_body() const {
-  std::u16string text = headers_ ? headers_->ToString() : std::u16string();
-  text += u"\r\n";
-  return text += platform::process_text(*body_);
+void CMessage::append_own_body(std::u16string& to) const {
+  if (headers_) headers_->append_text(to);
+  to += u"\r\n";
+  platform::append_widened(platform::process_code_page(), *body_, to);
 }
 
 }  // namespace vellobar

@@ -185,6 +185,8 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   const std::u16string& decoded_header(std::string_view name);
   /// What Subject gives, valid until the next call: lists ask for it over and over and copy it anyway.
   const std::u16string& subject() { return decoded_header("Subject"); }
+  /// The same for the caller to keep.
+  std::u16string header_text(std::string_view name);
   /// Replaces, removes (empty value) or appends one header; tells nobody.
   void set_header_value(std::string_view name, std::u16string_view value);
   /// The Windows code page of the message's own charset name; 0 when it names none that counts.
@@ -231,6 +233,8 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   void drop_what_walking_read(Held before);
   /// The same for the headers of a message whose block ran on behind its end: they are those of all that follows.
   void drop_headers_that_run_on(Held before);
+  /// Drops headers that nobody holds or changed; they are read again when somebody asks for them.
+  void drop_unchanged_headers() noexcept;
   /// True when a client holds a part at any depth, or a collection of parts.
   bool has_held_parts() const;
 
@@ -240,7 +244,7 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// The collection of parts as far as it was made; null before.
   CMessages* existing_parts() const { return parts_.get(); }
   /// Takes the parts out, for whoever lets go of this message and what is below it.
-  void give_up_parts(std::vector<std::shared_ptr<CMessage>>& to);
+  std::shared_ptr<CMessages> give_up_parts() noexcept { return std::move(parts_); }
   /// For a part that was found with its whole tree: where that stands.
   void use_outline(std::shared_ptr<const mime::PartOutline> outline) { outline_ = std::move(outline); }
   /// True while the message is read from this very place.
@@ -250,10 +254,13 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   void recognise_separator_line();
   /// Gives a message added to a mailbox the separator line it lacks, from its sender and date.
   void make_missing_separator_line();
-  /// Makes the message multipart for a part that is being added, when it has no boundary yet; nobody is told.
-  void become_multipart_for_added_part();
+  /// Reads the text and splits it, as far as the header block can be read.
+  void load_parts();
+  /// Makes the message multipart for a part that is being added, when it has no boundary yet; nobody is told. A part
+  /// that is given gets the delimiter as its MailInfo.
+  void become_multipart_for_added_part(CMessage* takes_delimiter);
   /// Stores MailInfo without telling anybody; what is loaded later does not replace it.
-  void store_mail_info(std::u16string_view mail_info);
+  void store_mail_info(std::u16string mail_info) noexcept;
   /// Notes the temporary file that an added attachment reads from; only Unload deletes it.
   void keep_attachment_file(std::string path) { temporary_files_[kAttachmentFile] = std::move(path); }
 
@@ -273,7 +280,10 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// The text with its transfer encoding undone, in the charset that the other message names.
   std::u16string transfer_decoded_text(CMessage& charset_source);
   void read_mail_info();
-  void read_from_own_file(std::shared_ptr<platform::File> file, bool has_separator);
+  struct OwnFile;
+  OwnFile own_file(std::shared_ptr<platform::File> file, bool has_separator) const;
+  void read_from(OwnFile own) noexcept;
+  void move_to_own_file();
   void drop_content();
   void drop_body();
   void drop_parts();
@@ -288,7 +298,7 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// Writes all but the parts. True when they are to follow.
   bool write_own_text(platform::ByteSink& sink, Place place);
   /// The whole message but its parts, as a client reads it.
-  std::u16string own_body() const;
+  void append_own_body(std::u16string& to) const;
   bool is_as_read();
   /// The same of all but its own headers.
   bool has_body_of_file();
@@ -317,6 +327,7 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   CMessages* collection_ = nullptr;
   mutable std::int64_t remembered_index_ = -1;
   std::shared_ptr<CHeaders> headers_;
+  bool headers_were_read_ = false;  ///< and dropped to save memory
   std::int64_t body_offset_ = 0;
   std::optional<std::string> body_;
   bool text_was_put_ = false;         ///< the body is not that of the file

@@ -1,6 +1,7 @@
 // The ways to give a message another text: from a file (Peek), a new body (Text), or everything at once (Body). Each
 // ends with a message that reads from a file of its own.
 #include <algorithm>
+#include <new>
 #include <utility>
 
 #include "errors/error.h"
@@ -21,40 +22,47 @@ std::int64_t count_lines(std::string_view text) {
   return text.empty() || text.ends_with('\n') ? feeds : feeds + 1;
 }
 
-bool has_readable_headers(const std::shared_ptr<platform::File>& file, bool has_separator) {
-  return CMessage(nullptr, nullptr, file, {0, file->size(), 0, has_separator}).load_headers() != nullptr;
-}
-
 }  // namespace
 
-void CMessage::Peek(std::u16string_view filename) {
-  read_from_own_file(platform::File::open(platform::process_bytes(filename)), false);
+/// A file and what its header block holds, read before a message is given up for it.
+struct CMessage::OwnFile {
+  std::shared_ptr<platform::File> file;
+  std::shared_ptr<CHeaders> headers;  ///< null when they are unreadable or there is no file
+  std::int64_t body_offset = 0;
+  bool has_separator = false;
+};
+
+CMessage::OwnFile CMessage::own_file(std::shared_ptr<platform::File> file, bool has_separator) const {
+  if (!file) return {};
+  CMessage in_file(owner_, nullptr, file, {0, file->size(), 0, has_separator});
+  in_file.load_headers();
+  return {std::move(file), in_file.headers_, in_file.body_offset_, has_separator};
 }
 
-void CMessage::read_from_own_file(std::shared_ptr<platform::File> file, bool has_separator) {
+void CMessage::Peek(std::u16string_view filename) {
+  OwnFile own = own_file(platform::File::open(platform::process_bytes(filename)), false);
   read_mail_info();
+  if (own.headers) return read_from(std::move(own));
+  read_from({});
+  throw Error(ErrorNumber::cannot_load_headers, Reporter::message);
+}
+
+void CMessage::read_from(OwnFile own) noexcept {
   drop_content();
   close_own_file();
-  has_separator_ = first_line_is_separator_ = has_separator;
+  has_separator_ = first_line_is_separator_ = own.has_separator;
   changed_ = false;
-  start_ = end_ = bytes_ = lines_ = body_offset_ = 0;
   // What was read or given before stays; the new file's separator line, if any, was written from it.
   mail_info_given_ = true;
-  file_ = std::move(file);
+  has_own_file_ = own.file != nullptr;
+  start_ = 0;
+  end_ = bytes_ = own.file ? own.file->size() : 0;
+  // Not a count of lines: deliberate, see peek_reports_the_file_size_as_bytes_and_one_line.
+  lines_ = own.file ? 1 : 0;
+  body_offset_ = own.body_offset;
+  headers_ = std::move(own.headers);
+  file_ = std::move(own.file);
   outline_.reset();
-  if (file_) {
-    has_own_file_ = true;
-    end_ = file_->size();
-    if (load_headers() != nullptr) {
-      bytes_ = end_;
-      // Not a count of lines: deliberate, see peek_reports_the_file_size_as_bytes_and_one_line.
-      lines_ = 1;
-      return;
-    }
-  }
-  close_own_file();
-  end_ = 0;
-  throw Error(ErrorNumber::cannot_load_headers, Reporter::message);
 }
 
 void CMessage::SetText(std::u16string_view text) {
@@ -64,18 +72,28 @@ void CMessage::SetText(std::u16string_view text) {
   std::string body = platform::process_bytes(text);
   if (body.size() <= platform::kLineEnd.size() || !body.ends_with(platform::kLineEnd)) body += platform::kLineEnd;
   load_tree();
-  body_ = std::move(body);
-  text_was_put_ = true;
-  is_cut_short_ = false;
+  const bool was_put = std::exchange(text_was_put_, true);
+  const bool was_cut_short = std::exchange(is_cut_short_, false);
+  body_->swap(body);
+  try {
+    move_to_own_file();
+  } catch (const std::bad_alloc&) {
+    // The new text is gone with the failure, so the old one has to be there.
+    body_->swap(body);
+    text_was_put_ = was_put;
+    is_cut_short_ = was_cut_short;
+    throw;
+  }
+}
+
+void CMessage::move_to_own_file() {
   mailbox::ScratchFile file;
   write_to_file(file.path());
-  std::shared_ptr<platform::File> opened = platform::File::open(file.path());
-  const bool has_separator = separator_line_for(own_place()).has_value();
-  if (!opened || !has_readable_headers(opened, has_separator)) {
-    // With a header line too long to be read back the message stays in memory, new text and all.
-    throw Error(ErrorNumber::cannot_load_headers, Reporter::message);
-  }
-  read_from_own_file(std::move(opened), has_separator);
+  OwnFile own = own_file(platform::File::open(file.path()), separator_line_for(own_place()).has_value());
+  // With a header line too long to be read back the message stays in memory, new text and all.
+  if (!own.headers) throw Error(ErrorNumber::cannot_load_headers, Reporter::message);
+  read_mail_info();
+  read_from(std::move(own));
   delete_temporary_file(kTextFile);
   temporary_files_[kTextFile] = file.keep();
 }

@@ -10,6 +10,7 @@
 #include "mailbox/message.h"
 #include "mailbox/messages.h"
 #include "mailbox/separator_line.h"
+#include "mailbox/spool.h"
 #include "mailbox/tree_walk.h"
 #include "mailbox/vellobar.h"
 #include "platform/ascii.h"
@@ -23,11 +24,6 @@ namespace {
 [[noreturn]] void refuse_cut_message() {
   throw std::system_error(std::make_error_code(std::errc::io_error), "the message cannot be read whole");
 }
-
-struct StringSink final : platform::ByteSink {
-  void write(std::string_view more) override { bytes += more; }
-  std::string bytes;
-};
 
 /// A mailbox's "From " is never written between messages; their own separator lines are. Deliberate for a delimiter
 /// that is no longer; see a_delimiter_of_five_characters_is_not_written.
@@ -49,11 +45,11 @@ void CMessage::write_to_file(const std::string& path) {
   try {
     // Put together before the file is emptied: the message or one of its parts may be read from it, and a message that
     // cannot be read whole must not cost what the file held.
-    StringSink whole;
+    mailbox::Spool whole;
     write(whole, own_place(), true);
     const std::unique_ptr<platform::OutputFile> output = platform::OutputFile::create(path);
     if (!output) throw Error(ErrorNumber::cannot_update_mailbox, Reporter::message);
-    output->write(whole.bytes);
+    whole.move_to(*output);
     output->close();
   } catch (const std::system_error&) {
     throw Error(ErrorNumber::cannot_update_mailbox, Reporter::message);

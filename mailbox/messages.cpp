@@ -26,26 +26,37 @@ CMessages::~CMessages() {
   for (const std::weak_ptr<CMessage>& removed : removed_) {
     if (const std::shared_ptr<CMessage> message = removed.lock()) message->forget_collection(*this);
   }
-  std::vector<std::shared_ptr<CMessage>> messages;
-  give_up_items(messages);
-  release(std::move(messages));
+  give_up_items();
 }
 
-void CMessages::give_up_items(std::vector<std::shared_ptr<CMessage>>& to) {
-  for (Entry& entry : items_) {
-    if (!entry.object) continue;
-    entry.object->forget_collection(*this);
-    to.push_back(std::move(entry.object));
+void CMessages::give_up_items() noexcept {
+  std::shared_ptr<CMessages> to_release;
+  release_items(to_release);
+  release(std::move(to_release));
+}
+
+void CMessages::release(std::shared_ptr<CMessages> parts) noexcept {
+  while (parts) {
+    // Taken out of the list before what is below it goes in.
+    const std::shared_ptr<CMessages> first = std::move(parts);
+    parts = std::move(first->next_to_release_);
+    first->parent_ = nullptr;
+    // What a client holds as well keeps its items.
+    if (first.use_count() == 1) first->release_items(parts);
   }
-  items_.clear();
 }
 
-void release(std::vector<std::shared_ptr<CMessage>> messages) noexcept {
-  while (!messages.empty()) {
-    const std::shared_ptr<CMessage> last = std::move(messages.back());
-    messages.pop_back();
-    // What a client holds as well keeps its parts.
-    if (last.use_count() == 1) last->give_up_parts(messages);
+/// The parts of the items go to the front of a list of collections.
+void CMessages::release_items(std::shared_ptr<CMessages>& to_release) noexcept {
+  for (; !items_.empty(); items_.pop_back()) {
+    const std::shared_ptr<CMessage> object = std::move(items_.back().object);
+    if (!object) continue;
+    object->forget_collection(*this);
+    if (object.use_count() > 1) continue;
+    std::shared_ptr<CMessages> parts = object->give_up_parts();
+    if (!parts) continue;
+    parts->next_to_release_ = std::move(to_release);
+    to_release = std::move(parts);
   }
 }
 
@@ -72,6 +83,14 @@ std::shared_ptr<CMessage> CMessages::new_object(const Entry& entry) {
   auto object = std::make_shared<CMessage>(owner_, this, file_, entry.extent);
   if (outline_) object->use_outline(outline_);
   return object;
+}
+
+void CMessages::keep_headers_that_run_on(CMessage& message) noexcept {
+  constexpr long kHereAndInTheCollection = 2;
+  const std::shared_ptr<CMessage> before = with_headers_that_run_on_.lock();
+  const bool is_held = before && before.use_count() > kHereAndInTheCollection;
+  if (before && before.get() != &message && !is_held) before->drop_unchanged_headers();
+  with_headers_that_run_on_ = message.weak_from_this();
 }
 
 void CMessages::append_existing(std::vector<CMessage*>& to) const {
@@ -127,12 +146,10 @@ std::shared_ptr<CMessage> CMessages::Add(std::u16string_view filename) {
 
 void CMessages::Add(const std::shared_ptr<CMessage>& message) {
   if (!message || message->has_below(*this)) throw Error(Status::invalid_argument);
-  if (parent_ != nullptr) parent_->become_multipart_for_added_part();
-  message->forget_index();
-  append(message);
   // Whole: the file it is read from may be closed before this collection is written.
   message->load_tree();
-  if (parent_ == nullptr) message->make_missing_separator_line();
+  message->forget_index();
+  append(message, Carries::its_own_line);
   mark_changed(owner_);
 }
 
@@ -141,25 +158,34 @@ std::shared_ptr<CMessage> CMessages::adopt(std::shared_ptr<platform::File> file,
   if (parent_ == nullptr) message->recognise_separator_line();
   // First of all: what there is no memory for is not added.
   message->Load();
-  if (parent_ != nullptr) {
-    parent_->become_multipart_for_added_part();
-    message->store_mail_info(parent_->PartsBoundary());
-  }
-  append(message);
-  if (parent_ == nullptr) message->make_missing_separator_line();
+  append(message, Carries::the_delimiter);
   return message;
 }
 
 std::shared_ptr<CMessage> CMessages::append_empty() {
   auto message = std::make_shared<CMessage>(owner_, this, nullptr, 0);
   message->SetBody({});
-  append(message);
+  items_.push_back({{}, message});
+  is_edited_ = true;
   return message;
 }
 
-void CMessages::append(std::shared_ptr<CMessage> message) {
+void CMessages::append(const std::shared_ptr<CMessage>& message, Carries line) {
+  if (parent_ != nullptr) {
+    parent_->load_parts();
+  } else {
+    message->make_missing_separator_line();
+  }
+  items_.push_back({{}, message});
+  try {
+    // Behind everything else that can fail: a part that is not added leaves its parent as it was.
+    const bool takes_delimiter = line == Carries::the_delimiter;
+    if (parent_ != nullptr) parent_->become_multipart_for_added_part(takes_delimiter ? message.get() : nullptr);
+  } catch (...) {
+    items_.pop_back();
+    throw;
+  }
   is_edited_ = true;
-  items_.push_back({{}, std::move(message)});
 }
 
 void CMessages::Remove(const CMessage& message) {
@@ -194,10 +220,11 @@ mailbox::ScanResult CMessages::split(const std::shared_ptr<platform::File>& file
     ~DropLast() {
       if (!items.empty()) items.pop_back();
     }
-    std::deque<Entry>& items;
+    mailbox::MadeOnUse<Entry>& items;
   };
   file_ = file;
-  set_separator(delimiter);
+  set_separator(std::u16string(delimiter));
+  give_up_items();
   // Deliberate: without a closing delimiter the last part is lost; see
   // without_its_closing_delimiter_a_message_loses_its_last_part.
   const DropLast also_when_memory_runs_out{items_};
@@ -207,19 +234,21 @@ mailbox::ScanResult CMessages::split(const std::shared_ptr<platform::File>& file
 void CMessages::split(const std::shared_ptr<platform::File>& file, std::u16string_view delimiter,
                       const std::vector<mailbox::Extent>& parts, std::shared_ptr<const mime::PartOutline> outline) {
   // Put together first: when memory runs out, nothing was split.
-  std::deque<Entry> items;
+  mailbox::MadeOnUse<Entry> items;
   for (const mailbox::Extent& extent : parts) items.push_back({extent, nullptr});
+  std::u16string separator(delimiter);
   file_ = file;
-  set_separator(delimiter);
+  set_separator(std::move(separator));
+  give_up_items();
   outline_ = std::move(outline);
   items_ = std::move(items);
 }
 
 mailbox::ScanResult CMessages::scan_range(std::int64_t from, std::int64_t limit) {
   struct Sink final : mailbox::ExtentSink {
-    explicit Sink(std::deque<Entry>& entries) : items(entries) {}
+    explicit Sink(mailbox::MadeOnUse<Entry>& entries) : items(entries) {}
     void found(const mailbox::Extent& extent) override { items.push_back({extent, nullptr}); }
-    std::deque<Entry>& items;
+    mailbox::MadeOnUse<Entry>& items;
   };
   scanned_separator_ = platform::process_bytes(separator_);
   Sink sink(items_);

@@ -4,7 +4,6 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <iterator>
 #include <memory>
 #include <string>
@@ -14,6 +13,7 @@
 
 #include "mailbox/extent.h"
 #include "mailbox/item_iterator.h"
+#include "mailbox/made_on_use.h"
 #include "mailbox/owner.h"
 
 namespace vellobar {
@@ -73,7 +73,8 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   bool scan(const std::shared_ptr<platform::File>& file, std::int64_t from, std::int64_t limit);
 
   /// The same for the parts of a message between the opening delimiter line and the message's end. The last one found,
-  /// which is what follows the closing delimiter when there is one, is never a part.
+  /// which is what follows the closing delimiter when there is one, is never a part. What an earlier attempt found is
+  /// given up.
   mailbox::ScanResult split(const std::shared_ptr<platform::File>& file, std::int64_t from, std::int64_t limit,
                             std::u16string_view delimiter);
 
@@ -90,9 +91,7 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
 
   /// The message at a position as it is held, else one made for the caller alone.
   std::shared_ptr<CMessage> for_walking(std::int64_t index);
-  /// The messages that are held as objects are appended; the collection is empty then.
-  void give_up_items(std::vector<std::shared_ptr<CMessage>>& to);
-  /// The same without giving them up.
+  /// The messages that are held as objects are appended.
   void append_existing(std::vector<CMessage*>& to) const;
   /// True when a client holds one of the messages.
   bool has_held_items() const;
@@ -101,6 +100,10 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
 
   /// Throws std::system_error when a scanned message does not begin where it was found any longer.
   void check_positions() const;
+  /// For a message whose header block runs on behind its end, as far as those of its neighbours do: of the messages
+  /// that nobody but the collection holds only the last one keeps such headers, for mail can have thousands that all
+  /// run on.
+  void keep_headers_that_run_on(CMessage& message) noexcept;
 
   /// Writes a whole mailbox, having made sure that every scanned message still begins where it was found. Messages of
   /// which a client holds nothing are read, written and dropped one at a time; the others stay in memory, whole. Throws
@@ -110,12 +113,12 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
 
   /// The separator line that starts each message: "From ", or a parts collection's delimiter.
   const std::u16string& separator() const { return separator_; }
-  void set_separator(std::u16string_view separator) { separator_ = separator; }
+  void set_separator(std::u16string separator) noexcept { separator_ = std::move(separator); }
 
   const OwnerLink& owner() const { return owner_; }
   CMessage* parent() const { return parent_; }
-  /// Called by the parent message when it lets this collection go.
-  void forget_parent() { parent_ = nullptr; }
+  /// For a message that lets go of its parts, and of all below them, however deep that is. Needs no memory.
+  static void release(std::shared_ptr<CMessages> parts) noexcept;
 
  private:
   struct Entry {
@@ -123,11 +126,15 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
     std::shared_ptr<CMessage> object;
   };
 
+  void give_up_items() noexcept;
+  void release_items(std::shared_ptr<CMessages>& to_release) noexcept;
   const std::shared_ptr<CMessage>& object_at(std::size_t index);
   mailbox::ScanResult scan_range(std::int64_t from, std::int64_t limit);
   std::shared_ptr<CMessage> new_object(const Entry& entry);
   void write(platform::ByteSink& to);
-  void append(std::shared_ptr<CMessage> message);
+  /// What the MailInfo of a message says that is added to parts.
+  enum class Carries { its_own_line, the_delimiter };
+  void append(const std::shared_ptr<CMessage>& message, Carries line);
   void remember_removed(const Entry& entry);
   void check_position(std::int64_t position) const;
 
@@ -135,12 +142,14 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   CMessage* parent_ = nullptr;
   std::u16string separator_;
   std::shared_ptr<platform::File> file_;
-  std::deque<Entry> items_;
+  mailbox::MadeOnUse<Entry> items_;
   std::shared_ptr<const mime::PartOutline> outline_;
   bool is_edited_ = false;
   std::string scanned_separator_;                 ///< the separator as the scan compared it
   std::vector<std::int64_t> removed_positions_;   ///< where scanned messages began that were removed since
   std::vector<std::weak_ptr<CMessage>> removed_;  ///< objects of removed messages, which others may hold
+  std::shared_ptr<CMessages> next_to_release_;
+  std::weak_ptr<CMessage> with_headers_that_run_on_;
 };
 
 /// `for (const auto& message : mailbox.Messages())`: see ItemIterator.
@@ -148,8 +157,5 @@ inline ItemIterator<CMessages, CMessage> begin(std::shared_ptr<CMessages> messag
   return ItemIterator<CMessages, CMessage>(std::move(messages));
 }
 inline std::default_sentinel_t end(std::shared_ptr<CMessages>) { return {}; }
-
-/// Lets go of messages and of what is below them, however deep that is.
-void release(std::vector<std::shared_ptr<CMessage>> messages) noexcept;
 
 }  // namespace vellobar

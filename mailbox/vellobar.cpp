@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <exception>
+#include <new>
 #include <system_error>
 #include <utility>
 
@@ -63,17 +64,32 @@ void replace_mailbox(const std::string& path, platform::File& file, CMessages& m
 
 }  // namespace
 
-CVellobar::CVellobar() { new_collection(); }
+/// What an unlocked control has: a collection without messages, and the way back from there.
+struct CVellobar::Collection {
+  OwnerLink owner;
+  std::shared_ptr<CMessages> messages;
+};
+
+CVellobar::CVellobar() { use(new_collection()); }
 
 CVellobar::~CVellobar() {
   if (file_) file_->close();
   owner_->control = nullptr;
 }
 
-void CVellobar::new_collection() {
+CVellobar::Collection CVellobar::new_collection() {
+  auto owner = std::make_shared<Owner>();
+  auto messages = std::make_shared<CMessages>(owner);
+  return {std::move(owner), std::move(messages)};
+}
+
+void CVellobar::use(Collection next) noexcept {
+  if (file_) file_->close();
+  file_.reset();
   if (owner_) owner_->control = nullptr;
-  owner_ = std::make_shared<Owner>(Owner{this});
-  messages_ = std::make_shared<CMessages>(owner_);
+  owner_ = std::move(next.owner);
+  owner_->control = this;
+  messages_ = std::move(next.messages);
 }
 
 void CVellobar::SetFilename(std::u16string_view filename) {
@@ -103,30 +119,31 @@ void CVellobar::Lock() {
 }
 
 void CVellobar::Unlock() {
-  if (!Locked()) return;
-  file_->close();
-  file_.reset();
-  new_collection();
+  if (Locked()) use(new_collection());
 }
 
 void CVellobar::Update() {
   if (!Locked()) throw Error(ErrorNumber::mailbox_not_locked, Reporter::vellobar);
   // A mailbox that is not wholly indexed would be written back with messages missing.
   if (!wholly_indexed_) throw Error(ErrorNumber::cannot_update_mailbox, Reporter::vellobar);
+  // Had before the file is touched: once it is written, nothing that follows may fail.
+  Collection first = new_collection();
+  Collection second = new_collection();
   try {
     platform::finish_interrupted_replacement(path_);
     write_mailbox();
-  } catch (const std::system_error&) {
+  } catch (const std::system_error& failure) {
+    if (failure.code() == std::errc::not_enough_memory) throw std::bad_alloc();
     throw Error(ErrorNumber::cannot_update_mailbox, Reporter::vellobar);
   }
-  Unlock();
+  changed_ = false;
+  use(std::move(first));
   try {
     Lock();
   } catch (const std::exception&) {
     // The mailbox is written; a client that finds it unlocked can lock it again.
-    Unlock();
+    use(std::move(second));
   }
-  changed_ = false;
 }
 
 void CVellobar::write_mailbox() {

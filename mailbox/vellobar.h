@@ -82,7 +82,9 @@ class CVellobar {
   bool is_locked_file(const std::string& path) const noexcept;
 
  private:
-  void new_collection();
+  struct Collection;
+  static Collection new_collection();
+  void use(Collection next) noexcept;
   void write_mailbox();
   void update_quietly();
 

@@ -1,6 +1,5 @@
 // The part tree of a message: its text is read and split when somebody asks for it, and kept until it is dropped.
 #include <algorithm>
-#include <exception>
 #include <memory>
 #include <new>
 #include <string_view>
@@ -30,6 +29,10 @@ std::shared_ptr<const mime::PartOutline> read_outline(platform::File& file, std:
   } catch (const std::bad_alloc&) {
     return nullptr;
   }
+}
+
+bool is_scan_out_of_memory(const Error& error) {
+  return error.status() == Status::numbered && error.number() == ErrorNumber::scan_out_of_memory;
 }
 
 }  // namespace
@@ -82,14 +85,9 @@ void CMessage::split_parts(std::int64_t from) {
 }
 
 void CMessage::split_level(std::int64_t from) {
-  try {
-    const mailbox::ScanResult scanned = parts_->split(file_, from, end_, parts_boundary_);
-    has_misplaced_parts_ = scanned.ran_ahead;
-    if (!scanned.whole && scanned.position < std::min(end_, file_->size())) is_cut_short_ = true;
-  } catch (const std::exception&) {
-    // Out of memory: the parts found so far are there to be read, and the message is not written from them.
-    has_misplaced_parts_ = true;
-  }
+  const mailbox::ScanResult scanned = parts_->split(file_, from, end_, parts_boundary_);
+  has_misplaced_parts_ = scanned.ran_ahead;
+  if (!scanned.whole && scanned.position < std::min(end_, file_->size())) is_cut_short_ = true;
 }
 
 void CMessage::ensure_parts() {
@@ -102,9 +100,20 @@ CMessages* CMessage::parts_if_any() {
   return parts_.get();
 }
 
-std::shared_ptr<CMessages> CMessage::Parts() {
+void CMessage::load_parts() {
   load_body();
   ensure_parts();
+}
+
+std::shared_ptr<CMessages> CMessage::Parts() {
+  try {
+    load_parts();
+  } catch (const Error& error) {
+    if (!is_scan_out_of_memory(error)) throw;
+    // The parts found so far are there to be read. The text counts as not loaded, so that the next call splits it
+    // again.
+    ensure_parts();
+  }
   return parts_;
 }
 

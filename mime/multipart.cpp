@@ -28,21 +28,31 @@ std::u16string composed_boundary() {
 
 }  // namespace
 
-void CMessage::become_multipart_for_added_part() {
-  load_body();
-  if (parts_boundary_.empty() && load_headers() != nullptr) {
+void CMessage::become_multipart_for_added_part(CMessage* takes_delimiter) {
+  load_parts();
+  std::string type_line;
+  std::u16string delimiter = parts_boundary_;
+  if (delimiter.empty() && load_headers() != nullptr) {
     char boundary[64];
     std::snprintf(boundary, sizeof boundary, "----=_NextPart_%08X_%08X.%08X",
                   static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(this)), platform::tick_count(),
                   platform::thread_identifier());
-    const std::size_t content_type = headers_->find(std::string_view("content-type"));
-    if (content_type != CHeaders::npos) headers_->erase(content_type);
-    headers_->add_line(std::string("Content-Type: multipart/mixed; boundary=\"") + boundary + "\"");
-    parts_boundary_ = thread_text(std::string("--") + boundary);
+    type_line = std::string("Content-Type: multipart/mixed; boundary=\"") + boundary + "\"";
+    delimiter = thread_text(std::string("--") + boundary);
   }
-  const std::shared_ptr<CMessages> parts = Parts();
+  std::u16string separator = delimiter;
+  std::u16string mail_info = delimiter;
+  if (!type_line.empty()) {
+    const std::size_t content_type = headers_->find(std::string_view("content-type"));
+    headers_->add_line(type_line);
+    if (content_type != CHeaders::npos) headers_->erase(content_type);
+  }
+  // From here on nothing needs memory.
+  parts_boundary_ = std::move(delimiter);
   // A boundary that no delimiter line ever followed: what is added comes between the first two.
-  if (!parts_boundary_.empty() && parts->separator() == mailbox::kWideSeparator) parts->set_separator(parts_boundary_);
+  const bool has_default = parts_->separator() == mailbox::kWideSeparator;
+  if (!separator.empty() && has_default) parts_->set_separator(std::move(separator));
+  if (takes_delimiter != nullptr) takes_delimiter->store_mail_info(std::move(mail_info));
 }
 
 void CMessage::make_multipart(std::u16string_view subtype) {

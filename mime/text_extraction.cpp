@@ -41,13 +41,6 @@ CMessage* first_part(CMessages* parts, auto&& is_wanted) {
   return nullptr;
 }
 
-/// The text between its conversions: as bytes in the process code page.
-std::string narrow_text(const std::string& body, std::u16string_view text) {
-  const int code_page = platform::process_code_page();
-  if (platform::is_ascii(body) && platform::keeps_ascii(code_page)) return body;
-  return platform::narrow(code_page, text);
-}
-
 using BufferDecoder = std::string (*)(std::string_view);
 
 struct TextEncoding {
@@ -62,12 +55,29 @@ constexpr TextEncoding kTextEncodings[] = {
     {u"base64", codecs::decode_base64},
 };
 
-/// `length` is how much of the coded text a decoder takes.
-std::string decode_transfer(std::u16string_view lower_name, std::string coded, std::size_t length) {
+/// Null for an encoding that leaves the text as it is.
+BufferDecoder decoder_of(std::u16string_view lower_name) {
   for (const TextEncoding& encoding : kTextEncodings) {
-    if (encoding.name == lower_name) return encoding.decode(std::string_view(coded).substr(0, length));
+    if (encoding.name == lower_name) return encoding.decode;
   }
-  return coded;
+  return nullptr;
+}
+
+/// A body with its transfer encoding undone. Long bodies: no copy of it lives longer than it is needed.
+std::string transfer_decoded(const std::string& body, BufferDecoder decode) {
+  const int code_page = platform::process_code_page();
+  // Between its conversions the text is bytes in the process code page. The length that counts is that of the wide
+  // text; deliberate, see a_decoder_takes_as_many_bytes_as_the_wide_text_has_characters.
+  std::string narrow;
+  std::string_view coded = body;
+  std::size_t length = body.size();
+  if (!platform::is_ascii(body) || !platform::keeps_ascii(code_page)) {
+    const std::u16string text = platform::widen(code_page, body);
+    length = text.size();
+    narrow = platform::narrow(code_page, text);
+    coded = narrow;
+  }
+  return decode != nullptr ? decode(coded.substr(0, length)) : std::string(coded);
 }
 
 std::string read_whole(const std::string& path) {
@@ -145,15 +155,14 @@ std::u16string CMessage::HTMLText() {
 }
 
 std::u16string CMessage::transfer_decoded_text(CMessage& charset_source) {
-  std::u16string text = Text();
+  load_body();
+  if (!body_) throw Error(ErrorNumber::cannot_load_text, Reporter::message);
   const std::u16string encoding = lower(ContentTransferEncoding());
-  if (encoding.empty()) return text;
-  // The length that counts is that of the wide text; deliberate, see
-  // a_decoder_takes_as_many_bytes_as_the_wide_text_has_characters.
-  const std::string decoded = decode_transfer(encoding, narrow_text(*body_, text), text.size());
+  if (encoding.empty()) return Text();
+  const std::string decoded = transfer_decoded(*body_, decoder_of(encoding));
   std::u16string result =
       platform::widen(charset_source.code_page(), std::string_view(decoded).substr(0, decoded.find('\0')));
-  if (result.empty()) return text;
+  if (result.empty()) return Text();
   // Deliberate: the last character goes; see the_last_character_of_a_decoded_text_is_dropped.
   result.pop_back();
   return result;

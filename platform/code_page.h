@@ -17,6 +17,9 @@ inline constexpr int kUtf8CodePage = 65001;  ///< RFC 3629
 /// Bytes in the given code page as UTF-16. Counted: NUL bytes are kept. A code page the platform lacks gives no text.
 std::u16string widen(int code_page, std::string_view bytes);
 
+/// The same, appended to a text. Long bytes are taken piece by piece, so that there is no second text as long as they.
+void append_widened(int code_page, std::string_view bytes, std::u16string& to);
+
 /// UTF-16 as bytes in the given code page. Counted: NUL characters are kept. A character that the code page cannot hold
 /// becomes the platform's best fit, else "?". A code page the platform lacks gives no text.
 std::string narrow(int code_page, std::u16string_view text);

@@ -46,9 +46,12 @@ void copy_bytes(File& from, std::int64_t position, std::int64_t end, ByteSink& t
   }
 }
 
-std::unique_ptr<OutputFile> OutputFile::create(const std::string& path) {
-  FileHandle handle = FileHandle::open(path, Opening::create);
-  return handle.valid() ? std::make_unique<OutputFile>(std::move(handle)) : nullptr;
+std::unique_ptr<OutputFile> OutputFile::open(const std::string& path, Opening how) {
+  // Memory first: what cannot be written must be neither emptied nor made.
+  auto output = std::make_unique<OutputFile>(FileHandle());
+  output->buffer_.reserve(kOutputBuffer);
+  output->handle_ = FileHandle::open(path, how);
+  return output->handle_.valid() ? std::move(output) : nullptr;
 }
 
 OutputFile::OutputFile(FileHandle handle) : handle_(std::move(handle)) {}

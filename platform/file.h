@@ -79,7 +79,9 @@ void copy_bytes(File& from, std::int64_t position, std::int64_t end, ByteSink& t
 class OutputFile : public ByteSink {
  public:
   /// Creates or empties the file. Null when it cannot be opened for writing.
-  static std::unique_ptr<OutputFile> create(const std::string& path);
+  static std::unique_ptr<OutputFile> create(const std::string& path) { return open(path, Opening::create); }
+  /// Opens the file this way. Null when it cannot be opened; without memory nothing is done to it.
+  static std::unique_ptr<OutputFile> open(const std::string& path, Opening how);
   /// Writes through an open handle from where it stands.
   explicit OutputFile(FileHandle handle);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <new>
 #include <utility>
 
 namespace vellobar::platform {
@@ -87,9 +88,12 @@ void FileHandle::close() {
   }
 }
 
-bool copy_attributes(const std::string& from, const std::string& to) noexcept {
+bool copy_attributes(const std::string& from, const std::string& to) {
   return std::none_of(std::begin(kAllAttributes), std::end(kAllAttributes), [&](Attributes which) {
-    return uninterrupted([&] { return file_system().copy_attributes(which, from, to); });
+    const std::error_code failure = uninterrupted([&] { return file_system().copy_attributes(which, from, to); });
+    // Says nothing about the attributes, and what would be done without them needs memory as well.
+    if (failure == std::errc::not_enough_memory) throw std::bad_alloc();
+    return static_cast<bool>(failure);
   });
 }
 

@@ -49,7 +49,8 @@ class FileHandle {
 };
 
 /// Gives `to` the owner, mode, access lists and extended attributes of `from`. False when any of them cannot be given.
-bool copy_attributes(const std::string& from, const std::string& to) noexcept;
+/// Throws std::bad_alloc where there is no memory for it.
+bool copy_attributes(const std::string& from, const std::string& to);
 
 /// Puts `from` in the place of `to` in one step.
 void rename_over(const std::string& from, const std::string& to);

@@ -57,9 +57,8 @@ FileReplacement::~FileReplacement() {
 }
 
 bool FileReplacement::stage(StagingFiles files) {
-  FileHandle handle = FileHandle::open(files.fresh, Opening::create_new);
-  if (!handle.valid()) return false;
-  staged_ = std::make_unique<OutputFile>(std::move(handle));
+  staged_ = OutputFile::open(files.fresh, Opening::create_new);
+  if (!staged_) return false;
   files_ = std::move(files);
   return true;
 }

@@ -39,8 +39,9 @@ std::string temporary_folder() {
 
 std::string temporary_file_name(std::uint32_t tick_offset) {
   const std::string folder = temporary_folder();
-  const std::optional<std::string> made = make_unique_file(folder, kPrefix);
-  return made ? *made : fallback_name(folder, tick_offset);
+  std::optional<std::string> made = make_unique_file(folder, kPrefix);
+  // Moved: a file that was made must not be lost for want of memory.
+  return made ? std::move(*made) : fallback_name(folder, tick_offset);
 }
 
 std::string host_name() {

@@ -204,6 +204,7 @@ class WindowsFileSystem final : public FileSystem {
     try {
       path = name;
     } catch (const std::bad_alloc&) {
+      ::DeleteFileA(name);
       return error(ERROR_NOT_ENOUGH_MEMORY);
     }
     return {};
