@@ -32,6 +32,9 @@ class LockFile {
 
  private:
   std::string path_;
+  /// Its name while it is written, and then. Kept, so that removing it needs no memory.
+  std::string staged_;
+  std::string made_;
   FileHandle held_;
 };
 

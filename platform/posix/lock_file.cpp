@@ -70,6 +70,11 @@ bool is_left(const std::string& path, std::string_view text) {
   return is_old(path) && (maker.process == 0 || has_ended(maker.process));
 }
 
+struct RemovedAtTheEnd {
+  const std::string& path;
+  ~RemovedAtTheEnd() { remove_file(path); }
+};
+
 /// Whether a mailbox must do without a lock file.
 bool cannot_be_made(const std::error_code& failure) noexcept {
   static constexpr std::errc kReasons[] = {std::errc::permission_denied,       std::errc::operation_not_permitted,
@@ -81,23 +86,24 @@ bool cannot_be_made(const std::error_code& failure) noexcept {
 
 }  // namespace
 
-LockFile::LockFile(std::string path) : path_(std::move(path)) {}
+LockFile::LockFile(std::string path)
+    : path_(std::move(path)), staged_(staging_files_beside(path_).lock), made_(lock_path(path_)) {}
 
 bool LockFile::try_make() {
   if (held_.valid()) return true;
   remove_left(path_);
-  const std::string staged = staging_files_beside(path_).lock;
+  const std::string text = our_text();
   std::error_code failure;
-  FileHandle handle = FileHandle::open(staged, Opening::create_new, &failure);
+  FileHandle handle = FileHandle::open(staged_, Opening::create_new, &failure);
   if (handle.valid()) {
+    const RemovedAtTheEnd staged{staged_};
     try {
-      handle.write(our_text());
+      handle.write(text);
       handle.sync();
-      failure = add_name(staged, lock_path(path_));
+      failure = add_name(staged_, made_);
     } catch (const std::system_error& error) {
       failure = error.code();
     }
-    remove_file(staged);
   }
   if (!failure) held_ = std::move(handle);
   if (!failure || cannot_be_made(failure)) return true;
@@ -107,7 +113,7 @@ bool LockFile::try_make() {
 
 void LockFile::remove() noexcept {
   // Somebody may have thought it left and made another one.
-  if (held_.is_file(lock_path(path_))) remove_file(lock_path(path_));
+  if (held_.is_file(made_)) remove_file(made_);
   held_ = FileHandle();
 }
 
