@@ -120,9 +120,10 @@ void FileReplacement::take_back(File& old_file) {
 }
 
 void FileReplacement::carry_over_or_undo(File& old_file, std::int64_t copied) {
-  std::shared_ptr<File> replaced = kReplacesOpenFiles ? nullptr : File::open(files_.replaced);
+  std::shared_ptr<File> replaced;
   staged_.reset();
   try {
+    if (!kReplacesOpenFiles) replaced = File::open(files_.replaced);
     if (!kReplacesOpenFiles && !replaced) refuse(std::errc::io_error, "open the old file");
     carry_over(replaced ? *replaced : old_file, copied);
   } catch (...) {

@@ -70,8 +70,8 @@ TEST(UpdatingWithoutMemory, the_mailbox_is_the_old_one_or_the_new_one) {
 /// Such a file is overwritten; what that leaves undone without memory is completed or put back by the next Lock.
 TEST(UpdatingWithoutMemory, a_mailbox_with_a_second_hard_link_is_the_old_one_or_the_new_one_once_it_is_locked_again) {
   const Step link = [](Bench& bench) {
-    std::filesystem::remove(bench.folder.path("link"));
-    std::filesystem::create_hard_link(bench.path, bench.folder.path("link"));
+    const std::string second = bench.folder.path("link");
+    if (!std::filesystem::exists(second)) std::filesystem::create_hard_link(bench.path, second);
     lock_and_change(bench);
   };
   const Check check = [](Bench& bench, bool is_done) {

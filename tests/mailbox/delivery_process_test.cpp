@@ -114,8 +114,8 @@ TEST_P(DeliveringProcess, that_takes_no_lock_loses_nothing_where_the_mailbox_kee
     update(drawn, [&](std::int64_t change) {
       if (change == open_at) agent_.open(box_.path());
       if (change == append_at) agent_.append(count);
-      // Where no file is replaced while it is open, the process may have to wait for the update in turn.
-      if (platform::kReplacesOpenFiles) agent_.wait();
+      // Where no file is replaced while it is open, the process may have to wait for the renaming in turn.
+      if (platform::kReplacesOpenFiles || may_hold_it_open) agent_.wait();
     });
     agent_.wait();
     const std::string delivered = agent_.take_delivered();
