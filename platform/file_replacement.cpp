@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <optional>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -53,6 +54,7 @@ FileReplacement::FileReplacement(const std::string& path, Staging where)
 }
 
 FileReplacement::~FileReplacement() {
+  if (second_name_is_spare_) remove_file(files_.replaced);
   if (!leaves_files_) remove_file(files_.fresh);
 }
 
@@ -96,7 +98,8 @@ bool FileReplacement::put_in_place_by_renaming(File& old_file, std::int64_t copi
   try {
     rename_over(files_.fresh, path_);
   } catch (const std::system_error&) {
-    if (has_second_name_) remove_file(files_.replaced);
+    // Who kept the file from being replaced may keep this name as well, for a moment.
+    second_name_is_spare_ = has_second_name_ && !remove_file(files_.replaced);
     take_back(old_file);
     return false;
   }
@@ -188,13 +191,20 @@ std::unique_ptr<OutputFile> FileReplacement::keep_old_content(std::int64_t copie
 
 void FileReplacement::rewrite_in_place(std::int64_t copied) {
   std::unique_ptr<OutputFile> old = keep_old_content(copied);
-  leaves_files_ = true;
-  Overwriting overwriting(path_, files_, copied, *old, *staged_);
+  std::optional<Overwriting> overwriting;
   try {
-    overwriting.put_new_content();
+    overwriting.emplace(path_, files_, copied, *old, *staged_);
+  } catch (...) {
+    old.reset();
+    remove_file(files_.old);
+    throw;
+  }
+  leaves_files_ = true;
+  try {
+    overwriting->put_new_content();
   } catch (...) {
     // Should putting back fail as well, its exception leaves both files to recover from.
-    overwriting.put_back_old_content();
+    overwriting->put_back_old_content();
     old.reset();
     leaves_files_ = !remove_staged(files_.old);
     throw;

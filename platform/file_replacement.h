@@ -84,9 +84,10 @@ class FileReplacement : public ByteSink {
   LockFile lock_file_;
   FileHandle locked_;
   bool can_rename_ = false;
-  std::string kept_;              ///< a name of the old file that outlives a death while mail is carried over
-  bool has_second_name_ = false;  ///< the old file, by files_.replaced
-  bool leaves_files_ = false;     ///< the staged file has another name now, or is needed to recover
+  std::string kept_;                   ///< a name of the old file that outlives a death while mail is carried over
+  bool has_second_name_ = false;       ///< the old file, by files_.replaced
+  bool second_name_is_spare_ = false;  ///< it could not be removed, and is not needed
+  bool leaves_files_ = false;          ///< the staged file has another name now, or is needed to recover
 };
 
 }  // namespace vellobar::platform

@@ -261,9 +261,10 @@ bool same_file(const std::string& left, const std::string& right) noexcept {
 }
 
 std::string followed_path(const std::string& path) {
+  // First, so that no lack of memory leaves the file open.
+  std::string real(32768, '\0');
   const HANDLE handle = native(open_whole(path, {FILE_READ_ATTRIBUTES, kShareAll, OPEN_EXISTING}));
   if (handle == INVALID_HANDLE_VALUE) return path;
-  std::string real(32768, '\0');
   const DWORD size = ::GetFinalPathNameByHandleA(handle, real.data(), static_cast<DWORD>(real.size()), 0);
   ::CloseHandle(handle);
   if (size == 0 || size >= real.size()) return path;
