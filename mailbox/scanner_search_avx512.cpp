@@ -11,9 +11,8 @@ namespace vellobar::mailbox {
 namespace {
 
 struct CompareAvx512 {
-  static BlockMasks masks(const char* block, char first_byte) {
-    const __mmask64 starts = _mm512_cmpeq_epi8_mask(_mm512_loadu_si512(block - 1), _mm512_set1_epi8('\n'));
-    return {starts, _mm512_mask_cmpeq_epi8_mask(starts, _mm512_loadu_si512(block), _mm512_set1_epi8(first_byte))};
+  static std::uint64_t equal(const char* bytes, char byte) {
+    return _mm512_cmpeq_epi8_mask(_mm512_loadu_si512(bytes), _mm512_set1_epi8(byte));
   }
 };
 

@@ -20,11 +20,6 @@ struct CompareSse2 {
     }
     return mask;
   }
-
-  static BlockMasks masks(const char* block, char first_byte) {
-    const std::uint64_t starts = equal(block - 1, '\n');
-    return {starts, starts & equal(block, first_byte)};
-  }
 };
 
 }  // namespace
