@@ -1,4 +1,4 @@
-// What the wide forms of the decoding loops share: the order of their steps. Compiled for the plain processor; the
+// What the wide forms of the loops share. Compiled for the plain processor; the
 // steps themselves are each form's own.
 #pragma once
 
@@ -22,6 +22,14 @@ struct CrLf {
 /// Length of the line end that stands here, or 0. Reads two bytes.
 inline std::size_t line_end_size(const unsigned char* at) {
   return LineFeed::is_at(at) ? LineFeed::kSize : CrLf::is_at(at) ? CrLf::kSize : 0;
+}
+
+/// Asks for the memory that an encoding loop is about to reach, also for the cache lines that it overwrites: a store to
+/// one that is not near holds up all later ones. May ask for memory behind the buffers, which asking does not touch.
+inline void fetch_ahead(const unsigned char* from, unsigned char* to) {
+  constexpr std::size_t kAhead = 2048;
+  __builtin_prefetch(from + kAhead);
+  __builtin_prefetch(to + kAhead, 1);
 }
 
 /// Goes on with another form where `done` ends.

@@ -11,14 +11,15 @@
 #include <array>
 #include <cstddef>
 
+#include "codecs/kernel_steps.h"
 #include "codecs/kernels.h"
 
 #if defined(__clang__)
 #define VELLOBAR_AVX2_BEGIN \
-  _Pragma("clang attribute push(__attribute__((target(\"avx2,bmi,popcnt\"))), apply_to = function)")
+  _Pragma("clang attribute push(__attribute__((target(\"avx2,bmi,popcnt,prfchw\"))), apply_to = function)")
 #define VELLOBAR_AVX2_END _Pragma("clang attribute pop")
 #else
-#define VELLOBAR_AVX2_BEGIN _Pragma("GCC push_options") _Pragma("GCC target(\"avx2,bmi,popcnt\")")
+#define VELLOBAR_AVX2_BEGIN _Pragma("GCC push_options") _Pragma("GCC target(\"avx2,bmi,popcnt,prfchw\")")
 #define VELLOBAR_AVX2_END _Pragma("GCC pop_options")
 #endif
 
@@ -91,6 +92,7 @@ inline void join_step(__m256i values, unsigned char* to) {
 template <typename Code, const SextetKernels Kernels::*kPlain>
 void encode(const unsigned char* from, std::size_t groups, unsigned char* to) {
   for (; groups >= kBytesAStep / 3; groups -= kBytesAStep / 3) {
+    fetch_ahead(from, to);
     store(to, Code::letters(split_step(from)));
     from += kBytesAStep;
     to += kLettersAStep;

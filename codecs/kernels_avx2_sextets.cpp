@@ -184,6 +184,7 @@ unsigned char* encode_line(const unsigned char* from, unsigned char* to) {
 template <typename Code>
 void encode_lines(const unsigned char* from, std::size_t lines, unsigned char* to) {
   for (; lines > 0; --lines, from += Code::kLineBytes) {
+    fetch_ahead(from, to);
     to = encode_line<Code>(from, to);
     std::memcpy(to, "\r\n", 2);
     to += 2;

@@ -26,6 +26,7 @@ void encode_inner_lines(const unsigned char* from, std::size_t lines, unsigned c
   const __m256i frame = _mm256_set1_epi32('\r' | '\n' << 8 | kFullUuLine << 16);
   *to++ = kFullUuLine;
   for (; lines > 0; --lines, from += kUuLineBytes, to += 1 + kLetters + 2) {
+    fetch_ahead(from, to);
     const __m256i first = split_bytes<4, 0>(load(from - 4));
     const __m256i second = split_bytes<4, 0>(load(from + kBytesAStep - 4));
     store(to, Uuencode::letters(first));

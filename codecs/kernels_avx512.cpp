@@ -18,13 +18,13 @@
 // The tests compile this file once more, for a machine of their own making.
 #include "tests/codecs/imitated_avx512.h"
 #elif defined(__clang__)
-#pragma clang attribute push(__attribute__((target("avx512f,avx512bw,avx512vbmi,bmi"))), apply_to = function)
+#pragma clang attribute push(__attribute__((target("avx512f,avx512bw,avx512vbmi,bmi,prfchw"))), apply_to = function)
 #else
 // The compiler's own definitions of these instructions start from registers that are not set.
 #pragma GCC diagnostic ignored "-Wuninitialized"
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 #pragma GCC push_options
-#pragma GCC target("avx512f,avx512bw,avx512vbmi,bmi")
+#pragma GCC target("avx512f,avx512bw,avx512vbmi,bmi,prfchw")
 #endif
 
 namespace vellobar::codecs {
@@ -99,53 +99,15 @@ void join_values(__m512i values, unsigned char* to) {
   _mm512_storeu_si512(to, _mm512_permutexvar_epi8(table(kJoinOrder.data()), groups));
 }
 
-/// From this many characters on a target is written past the caches, as large copies do: fetching each of its cache
-/// lines before overwriting it would cost more than the encoding.
-constexpr std::size_t kPastCaches = std::size_t{4} << 20;
-constexpr std::size_t kCacheLine = 64;
-
-/// Where a target stands within a cache line.
-std::size_t misalignment(const unsigned char* to) { return reinterpret_cast<std::uintptr_t>(to) % kCacheLine; }
-
-void store_past_caches(__m512i bytes, unsigned char* to) { _mm512_stream_si512(reinterpret_cast<__m512i*>(to), bytes); }
-
-/// A run of whole steps: where it reads and writes, and how many groups of three bytes are left.
-struct Run {
-  const unsigned char* from;
-  std::size_t groups;
-  unsigned char* to;
-
-  void pass(std::size_t passed) {
-    from += passed * 3;
-    to += passed * 4;
-    groups -= passed;
-  }
-};
-
-template <const SextetCode& kCode, void (*kStore)(__m512i, unsigned char*)>
-void encode_steps(Run& run) {
-  for (; run.groups >= kBytesAStep / 3; run.pass(kBytesAStep / 3)) kStore(encode_step<kCode>(run.from), run.to);
-}
-
-void store(__m512i bytes, unsigned char* to) { _mm512_storeu_si512(to, bytes); }
-
-/// Reaches a whole cache line of the target, if whole groups can, and writes past the caches from there.
-template <const SextetCode& kCode, const SextetKernels Kernels::*kPlain>
-void encode_past_caches(Run& run) {
-  const std::size_t before = (kCacheLine - misalignment(run.to)) % kCacheLine;
-  if (before % 4 != 0) return;
-  (kScalarKernels.*kPlain).encode(run.from, before / 4, run.to);
-  run.pass(before / 4);
-  encode_steps<kCode, store_past_caches>(run);
-  _mm_sfence();
-}
-
 template <const SextetCode& kCode, const SextetKernels Kernels::*kPlain>
 void encode(const unsigned char* from, std::size_t groups, unsigned char* to) {
-  Run run{from, groups, to};
-  if (groups * 4 >= kPastCaches) encode_past_caches<kCode, kPlain>(run);
-  encode_steps<kCode, store>(run);
-  (kScalarKernels.*kPlain).encode(run.from, run.groups, run.to);
+  for (; groups >= kBytesAStep / 3; groups -= kBytesAStep / 3) {
+    fetch_ahead(from, to);
+    _mm512_storeu_si512(to, encode_step<kCode>(from));
+    from += kBytesAStep;
+    to += kLettersAStep;
+  }
+  (kScalarKernels.*kPlain).encode(from, groups, to);
 }
 
 template <std::size_t kLineBytes>
@@ -162,34 +124,12 @@ void encode_line(const unsigned char* from, unsigned char* to) {
   std::memcpy(to + kLetters, "\r\n", 2);
 }
 
-/// As many lines as fill whole cache lines, put together in the nearest cache.
-template <const SextetCode& kCode, std::size_t kLineBytes>
-void encode_block_past_caches(const unsigned char* from, unsigned char* to) {
-  alignas(kCacheLine) unsigned char block[kCacheLine * kLineSize<kLineBytes>];
-  for (std::size_t line = 0; line < kCacheLine; ++line) {
-    encode_line<kCode, kLineBytes>(from + line * kLineBytes, block + line * kLineSize<kLineBytes>);
-  }
-  for (std::size_t at = 0; at < sizeof block; at += kCacheLine) {
-    store_past_caches(_mm512_loadu_si512(block + at), to + at);
-  }
-}
-
 template <const SextetCode& kCode, std::size_t kLineBytes>
 void encode_lines(const unsigned char* from, std::size_t lines, unsigned char* to) {
-  const bool past_caches = lines * kLineSize<kLineBytes> >= kPastCaches;
-  while (lines > 0) {
-    const bool block_fits = past_caches && lines >= kCacheLine && misalignment(to) == 0;
-    const std::size_t taken = block_fits ? kCacheLine : 1;
-    if (block_fits) {
-      encode_block_past_caches<kCode, kLineBytes>(from, to);
-    } else {
-      encode_line<kCode, kLineBytes>(from, to);
-    }
-    from += taken * kLineBytes;
-    to += taken * kLineSize<kLineBytes>;
-    lines -= taken;
+  for (; lines > 0; --lines, from += kLineBytes, to += kLineSize<kLineBytes>) {
+    fetch_ahead(from, to);
+    encode_line<kCode, kLineBytes>(from, to);
   }
-  if (past_caches) _mm_sfence();
 }
 
 /// Decodes full lines of letters alone, as the stream encoder makes them.

@@ -5,7 +5,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 
 namespace vellobar::codecs::imitated {
@@ -45,12 +44,6 @@ inline Register load_masked(std::uint64_t mask, const void* from) {
 inline Register load(const void* from) { return load_masked(~std::uint64_t{0}, from); }
 
 inline void store(void* to, const Register& from) { std::memcpy(to, from.bytes.data(), 64); }
-
-/// The processor faults where the target is not a whole cache line.
-inline void store_past_caches(void* to, const Register& from) {
-  if (reinterpret_cast<std::uintptr_t>(to) % 64 != 0) std::abort();
-  store(to, from);
-}
 
 /// Each byte of the index chooses one of 64 by its low six bits.
 inline Register permute(const Register& index, const Register& from) {
@@ -148,7 +141,6 @@ inline std::uint64_t high_bits(const Register& from) {
 #define __mmask64 std::uint64_t
 #define _mm512_loadu_si512 imitated::load
 #define _mm512_storeu_si512 imitated::store
-#define _mm512_stream_si512 imitated::store_past_caches
 #define _mm512_maskz_loadu_epi8 imitated::load_masked
 #define _mm512_permutexvar_epi8 imitated::permute
 #define _mm512_mask_permutexvar_epi8 imitated::permute_masked
