@@ -7,7 +7,7 @@
 
 #include "command/option_table.h"
 #include "command/program.h"
-#include "command/verbs.h"
+#include "command/verbs/verbs.h"
 
 namespace vellobar::command {
 

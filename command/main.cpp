@@ -3,8 +3,8 @@
 #include <string_view>
 #include <vector>
 
+#include "command/output/terminal.h"
 #include "command/program.h"
-#include "command/terminal.h"
 #include "platform/code_page.h"
 
 #ifdef _WIN32

@@ -5,13 +5,13 @@
 #include <cstdio>
 #include <exception>
 
-#include "command/failure.h"
-#include "command/interruption.h"
 #include "command/nearest_word.h"
 #include "command/option_table.h"
-#include "command/standard_streams.h"
-#include "command/terminal.h"
-#include "command/verbs.h"
+#include "command/output/failure.h"
+#include "command/output/interruption.h"
+#include "command/output/standard_streams.h"
+#include "command/output/terminal.h"
+#include "command/verbs/verbs.h"
 #include "platform/file_system.h"
 
 namespace vellobar::command {

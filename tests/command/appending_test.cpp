@@ -1,4 +1,4 @@
-#include "command/appending.h"
+#include "command/mail/appending.h"
 
 #include <gtest/gtest.h>
 

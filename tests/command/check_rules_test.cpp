@@ -1,9 +1,9 @@
 // The rules by which `check` judges lines.
 #include <gtest/gtest.h>
 
-#include "command/long_lines.h"
-#include "command/open_multiparts.h"
-#include "command/separator_form.h"
+#include "command/mail/long_lines.h"
+#include "command/mail/open_multiparts.h"
+#include "command/mail/separator_form.h"
 #include "mailbox/scanner.h"
 #include "platform/file.h"
 #include "tests/support/files.h"

@@ -1,4 +1,4 @@
-#include "command/columns.h"
+#include "command/output/columns.h"
 
 #include <gtest/gtest.h>
 

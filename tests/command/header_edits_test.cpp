@@ -1,8 +1,8 @@
-#include "command/header_edits.h"
+#include "command/mail/header_edits.h"
 
 #include <gtest/gtest.h>
 
-#include "command/failure.h"
+#include "command/output/failure.h"
 
 namespace vellobar::command {
 namespace {

@@ -1,8 +1,8 @@
-#include "command/index_ranges.h"
+#include "command/mail/index_ranges.h"
 
 #include <gtest/gtest.h>
 
-#include "command/failure.h"
+#include "command/output/failure.h"
 
 namespace vellobar::command {
 namespace {

@@ -1,4 +1,4 @@
-#include "command/json.h"
+#include "command/output/json.h"
 
 #include <gtest/gtest.h>
 

@@ -1,12 +1,12 @@
 // Files that come whole or not at all, also when the user interrupts the program.
-#include "command/output.h"
+#include "command/output/output.h"
 
 #include <gtest/gtest.h>
 
 #include <csignal>
 #include <system_error>
 
-#include "command/failure.h"
+#include "command/output/failure.h"
 #include "tests/support/files.h"
 
 namespace vellobar::command {

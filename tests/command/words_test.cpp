@@ -1,7 +1,7 @@
 // Words at the command line and in mail: the nearest one, and letters in either case.
 #include <gtest/gtest.h>
 
-#include "command/letters.h"
+#include "command/mail/letters.h"
 #include "command/nearest_word.h"
 
 namespace vellobar::command {
