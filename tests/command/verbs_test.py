@@ -46,11 +46,12 @@ class Verbs(unittest.TestCase):
         return (self.folder / name).read_bytes()
 
     def names(self):
-        # Wine leaves a folder of its own where temporary files go.
-        return sorted(path.name for path in self.folder.iterdir() if not path.name.startswith("wine-"))
+        return sorted(path.name for path in self.folder.iterdir())
 
     def start(self, *arguments, **settings):
-        environment = os.environ | {"LC_ALL": "C.UTF-8", "TZ": "UTC", "TMPDIR": self.work.name}
+        environment = os.environ | {"LC_ALL": "C.UTF-8", "TZ": "UTC"}
+        # Windows programs have a temporary folder of their own, and for each other one Wine would start a server.
+        if IS_NATIVE: environment["TMPDIR"] = self.work.name
         environment.pop("COLUMNS", None)
         return subprocess.Popen([*COMMAND, *arguments], cwd=self.work.name, env=environment, stdout=subprocess.PIPE,
                                 stderr=subprocess.PIPE, **settings)

@@ -84,13 +84,28 @@ prepare_prefix() {
   exec 9>&-
 }
 
+# Starts the Windows desktop if it is not up, for as long as programs come: that takes longer than most of them run. Its
+# processes live on behind the first program, so they must not hold what that one writes to. $1: the Wine loader.
+keep_desktop_up() {
+  exec 9>"$WINEPREFIX.lock"
+  flock 9
+  # The server says no when it is up already.
+  if "$WINESERVER" -p20 </dev/null >/dev/null 2>&1 9>&-; then
+    "$1" cmd /c exit </dev/null >/dev/null 2>&1 9>&-
+  fi
+  exec 9>&-
+}
+
 # Runs a Windows program and ends with its exit code. $1: the Wine loader, then the program and its arguments.
 run_windows_program() {
   local loader=$1
   shift
   set_wine_environment
   prepare_prefix "$loader"
-  [ -n "${VELLOBAR_DISPLAY:-}" ] || exec "$loader" "$@" </dev/null
+  if [ -z "${VELLOBAR_DISPLAY:-}" ]; then
+    keep_desktop_up "$loader"
+    exec "$loader" "$@" </dev/null
+  fi
   start_display
   "$loader" "$@" </dev/null 8>&-
 }
