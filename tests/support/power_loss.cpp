@@ -111,7 +111,7 @@ Disk::Image Disk::after_power_loss(std::mt19937& random) const {
 }
 
 std::error_code RecordingFileSystem::open(const std::string& path, Opening how, OpenFile& file) noexcept {
-  const std::error_code failure = real_.open(path, how, file);
+  const std::error_code failure = ForwardingFileSystem::open(path, how, file);
   if (failure || how == Opening::read || how == Opening::claim) return failure;
   const auto known = entries_.find(path);
   int number = known != entries_.end() ? known->second : 1000 + static_cast<int>(changes_.size());
@@ -125,13 +125,8 @@ std::error_code RecordingFileSystem::open(const std::string& path, Opening how, 
   return failure;
 }
 
-std::error_code RecordingFileSystem::read(OpenFile file, std::int64_t position, void* to, std::size_t count,
-                                          std::size_t& got) noexcept {
-  return real_.read(file, position, to, count, got);
-}
-
 std::error_code RecordingFileSystem::write(OpenFile file, std::string_view bytes, std::size_t& put_count) noexcept {
-  const std::error_code failure = real_.write(file, bytes, put_count);
+  const std::error_code failure = ForwardingFileSystem::write(file, bytes, put_count);
   Written& at = written_[file];
   changes_.push_back({Kind::write, at.file, at.position, std::string(bytes.substr(0, put_count)), {}, {}});
   at.position += static_cast<std::int64_t>(put_count);
@@ -139,7 +134,7 @@ std::error_code RecordingFileSystem::write(OpenFile file, std::string_view bytes
 }
 
 std::error_code RecordingFileSystem::resize(OpenFile file, std::int64_t expected, std::int64_t size) noexcept {
-  const std::error_code failure = real_.resize(file, expected, size);
+  const std::error_code failure = ForwardingFileSystem::resize(file, expected, size);
   if (!failure) changes_.push_back({Kind::truncate, written_[file].file, size, {}, {}, {}});
   return failure;
 }
@@ -151,16 +146,11 @@ std::error_code RecordingFileSystem::sync(OpenFile file) noexcept {
 
 std::error_code RecordingFileSystem::close(OpenFile file) noexcept {
   written_.erase(file);
-  return real_.close(file);
-}
-
-std::error_code RecordingFileSystem::copy_attributes(platform::Attributes which, const std::string& from,
-                                                     const std::string& to) noexcept {
-  return real_.copy_attributes(which, from, to);
+  return ForwardingFileSystem::close(file);
 }
 
 std::error_code RecordingFileSystem::rename(const std::string& from, const std::string& to) noexcept {
-  const std::error_code failure = real_.rename(from, to);
+  const std::error_code failure = ForwardingFileSystem::rename(from, to);
   if (failure) return failure;
   changes_.push_back({Kind::rename, entries_[from], 0, {}, from, to});
   entries_[to] = entries_[from];
@@ -169,17 +159,11 @@ std::error_code RecordingFileSystem::rename(const std::string& from, const std::
 }
 
 std::error_code RecordingFileSystem::link(const std::string& from, const std::string& to) noexcept {
-  const std::error_code failure = real_.link(from, to);
+  const std::error_code failure = ForwardingFileSystem::link(from, to);
   if (failure) return failure;
   changes_.push_back({Kind::link, entries_[from], 0, {}, from, to});
   entries_[to] = entries_[from];
   return failure;
-}
-
-std::error_code RecordingFileSystem::make_unique(const std::string& folder, const std::string& prefix,
-                                                 std::string& path) noexcept {
-  // No update makes such files, so none of them matters after a power loss.
-  return real_.make_unique(folder, prefix, path);
 }
 
 std::error_code RecordingFileSystem::sync_folder_of(const std::string&) noexcept {
@@ -188,7 +172,7 @@ std::error_code RecordingFileSystem::sync_folder_of(const std::string&) noexcept
 }
 
 std::error_code RecordingFileSystem::remove(const std::string& path) noexcept {
-  const std::error_code failure = real_.remove(path);
+  const std::error_code failure = ForwardingFileSystem::remove(path);
   const auto known = entries_.find(path);
   if (failure || known == entries_.end()) return failure;
   changes_.push_back({Kind::remove, known->second, 0, {}, path, {}});

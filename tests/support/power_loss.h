@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/file_system.h"
+#include "platform/forwarding_file_system.h"
 
 namespace vellobar::tests {
 
@@ -49,7 +49,7 @@ class Disk {
   std::vector<Change> unsynced_entries_;
 };
 
-class RecordingFileSystem final : public platform::FileSystem {
+class RecordingFileSystem final : public platform::ForwardingFileSystem {
  public:
   /// `paths` are the files that are there now.
   explicit RecordingFileSystem(const std::vector<std::string>& paths) : entries_(Disk(paths).entries()) {}
@@ -57,18 +57,12 @@ class RecordingFileSystem final : public platform::FileSystem {
   const std::vector<Change>& changes() const { return changes_; }
 
   std::error_code open(const std::string& path, platform::Opening how, platform::OpenFile& file) noexcept override;
-  std::error_code read(platform::OpenFile file, std::int64_t position, void* to, std::size_t count,
-                       std::size_t& got) noexcept override;
   std::error_code write(platform::OpenFile file, std::string_view bytes, std::size_t& put) noexcept override;
   std::error_code resize(platform::OpenFile file, std::int64_t expected, std::int64_t size) noexcept override;
   std::error_code sync(platform::OpenFile file) noexcept override;
   std::error_code close(platform::OpenFile file) noexcept override;
-  std::error_code copy_attributes(platform::Attributes which, const std::string& from,
-                                  const std::string& to) noexcept override;
   std::error_code rename(const std::string& from, const std::string& to) noexcept override;
   std::error_code link(const std::string& from, const std::string& to) noexcept override;
-  std::error_code make_unique(const std::string& folder, const std::string& prefix,
-                              std::string& path) noexcept override;
   std::error_code sync_folder_of(const std::string& path) noexcept override;
   std::error_code remove(const std::string& path) noexcept override;
 
@@ -78,7 +72,6 @@ class RecordingFileSystem final : public platform::FileSystem {
     std::int64_t position;
   };
 
-  platform::FileSystem& real_ = platform::real_file_system();
   std::map<std::string, int> entries_;
   std::map<platform::OpenFile, Written> written_;
   std::vector<Change> changes_;
