@@ -180,9 +180,9 @@ void Overwriting::keep_late_mail() {
 }
 
 bool remove_staged(const std::string& path) noexcept {
-  const std::error_code failure = file_system().remove(path);
+  const std::error_code failure = try_remove_file(path);
   const bool is_gone = !failure || failure == std::errc::no_such_file_or_directory;
-  return is_gone && !file_system().sync_folder_of(path);
+  return is_gone && !try_sync_folder_of(path);
 }
 
 void finish_interrupted_replacement(const std::string& path) {

@@ -11,21 +11,26 @@
 #include <string>
 #include <system_error>
 #include <utility>
+#include <vector>
 
-#include "platform/file_system.h"
+#include "platform/forwarding_file_system.h"
 
 namespace vellobar::tests {
 
 enum class Fault {
   none,
-  fails,         ///< the one call does nothing and returns the failure
-  fails_from,    ///< so do all calls behind it
-  writes_short,  ///< a write writes the first half of its bytes; other calls are as always
-  dies_before,   ///< the call and all behind it do nothing
-  dies_after,    ///< the call is made, and all behind it do nothing
+  fails,       ///< the one call does nothing and returns the failure
+  fails_from,  ///< so do all calls behind it
+  // The one call, when it is a write, writes less than it was given and says so; any other is as always.
+  writes_nothing,
+  writes_one_byte,
+  writes_half,
+  writes_all_but_one_byte,
+  dies_before,  ///< the call and all behind it do nothing
+  dies_after,   ///< the call is made, and all behind it do nothing
 };
 
-class FaultyFileSystem final : public platform::FileSystem {
+class FaultyFileSystem final : public platform::ForwardingFileSystem {
  public:
   /// The fault comes at the change of this number, counted from 0.
   explicit FaultyFileSystem(Fault fault = Fault::none, std::int64_t at = -1,
@@ -39,6 +44,8 @@ class FaultyFileSystem final : public platform::FileSystem {
 
   /// Changes so far, whether they were made or not.
   std::int64_t changes() const { return changes_; }
+  /// The numbers of those that were writes.
+  const std::vector<std::int64_t>& writes() const { return writes_; }
 
   std::error_code open(const std::string& path, platform::Opening how, platform::OpenFile& file) noexcept override;
   std::error_code read(platform::OpenFile file, std::int64_t position, void* to, std::size_t count,
@@ -60,13 +67,13 @@ class FaultyFileSystem final : public platform::FileSystem {
   template <typename Call>
   std::error_code change(Call call) noexcept;
 
-  platform::FileSystem& real_ = platform::real_file_system();
   Fault fault_;
   std::int64_t at_;
   std::error_code failure_;
   std::int64_t unreadable_from_ = std::numeric_limits<std::int64_t>::max();
   std::function<void(std::int64_t)> before_change_;
   std::int64_t changes_ = 0;
+  std::vector<std::int64_t> writes_;
   bool is_dead_ = false;
   std::set<platform::OpenFile> written_;
 };

@@ -1,5 +1,6 @@
 #include "tests/support/update_cases.h"
 
+#include <algorithm>
 #include <filesystem>
 
 #include "headers/header.h"
@@ -108,6 +109,11 @@ std::vector<MailboxShape> swept_shapes() { return swept(mailbox_shapes()); }
 
 std::vector<MailboxEdit> swept_edits() { return swept(mailbox_edits()); }
 
+const char* name_of(Way way) noexcept {
+  if (way == Way::by_renaming) return "by_renaming";
+  return way == Way::over_the_old_one ? "over_the_old_one" : "staged_elsewhere";
+}
+
 MailboxToBreak::MailboxToBreak(Way way)
     : folder_(Medium::memory), temporary_(Medium::memory), fixed_(temporary_.path("")), path_(folder_.file("box", "")) {
   if (way == Way::staged_elsewhere) fs::create_directory(platform::staging_files_beside(path_).fresh);
@@ -119,10 +125,11 @@ MailboxToBreak::MailboxToBreak(Way way)
 std::vector<std::string> MailboxToBreak::paths() const {
   std::vector<std::string> paths;
   for (const TemporaryFolder* folder : {&folder_, &temporary_}) {
-    for (const std::string& name : folder->names()) {
-      if (!fs::is_directory(folder->path(name))) paths.push_back(folder->path(name));
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder->path(""))) {
+      if (!entry.is_directory()) paths.push_back(entry.path().string());
     }
   }
+  std::sort(paths.begin(), paths.end());
   return paths;
 }
 

@@ -45,6 +45,8 @@ enum class Way {
   over_the_old_one,  ///< the file has a second hard link
   staged_elsewhere,  ///< no file can be made beside the mailbox
 };
+/// As a part of a test's name.
+const char* name_of(Way way) noexcept;
 inline constexpr Way kWays[] = {Way::by_renaming, Way::over_the_old_one, Way::staged_elsewhere};
 
 /// A folder with one mailbox, which can be given the same content again and again, and a folder for temporary files.
