@@ -122,6 +122,10 @@ std::error_code try_sync_folder_of(const std::string& path) noexcept {
   return uninterrupted([&] { return file_system().sync_folder_of(path); });
 }
 
+bool leave_note(const std::string& path, const std::string& text) noexcept {
+  return !uninterrupted([&] { return file_system().leave_note(path, text); });
+}
+
 std::error_code try_remove_file(const std::string& path) noexcept {
   return uninterrupted([&] { return file_system().remove(path); });
 }

@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <vector>
 
 namespace vellobar::platform {
 
@@ -66,6 +67,9 @@ class FileSystem {
                                       std::string& path) noexcept = 0;
   /// Waits until the folder that holds the path has its entries on the disk, where the system offers it.
   virtual std::error_code sync_folder_of(const std::string& path) noexcept = 0;
+  /// Leaves a note with the file itself, to be found by each of its names, in the place of the one before; an empty one
+  /// takes it away. Syncing the file syncs the note. Refused where the file system keeps none.
+  virtual std::error_code leave_note(const std::string& path, const std::string& text) noexcept = 0;
   virtual std::error_code remove(const std::string& path) noexcept = 0;
 };
 
@@ -118,6 +122,12 @@ bool is_file(OpenFile file, const std::string& path) noexcept;
 
 /// True when both paths name the same existing file.
 bool same_file(const std::string& left, const std::string& right) noexcept;
+
+/// The other names that the file of this path has in the same folder.
+std::vector<std::string> names_beside(const std::string& path);
+
+/// The note that was left with a file, empty when there is none. Whoever may write to the file may have left it.
+std::string note_on(const std::string& path);
 
 /// The path with symbolic links followed; the path itself where that cannot be told.
 std::string followed_path(const std::string& path);

@@ -41,6 +41,9 @@ class ForwardingFileSystem : public FileSystem {
     return real_.make_unique(folder, prefix, path);
   }
   std::error_code sync_folder_of(const std::string& path) noexcept override { return real_.sync_folder_of(path); }
+  std::error_code leave_note(const std::string& path, const std::string& text) noexcept override {
+    return real_.leave_note(path, text);
+  }
   std::error_code remove(const std::string& path) noexcept override { return real_.remove(path); }
 
  private:

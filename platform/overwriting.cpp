@@ -1,6 +1,7 @@
 #include "platform/overwriting.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -106,7 +107,7 @@ bool claim(const std::string& path, std::shared_ptr<File>& file) {
   return file || failure == std::errc::no_such_file_or_directory;
 }
 
-void finish(const std::string& path, const StagingFiles& files) {
+void finish_with(const std::string& path, const StagingFiles& files) {
   std::shared_ptr<File> fresh, old, copy;
   if (!claim(files.fresh, fresh) || !claim(files.old, old) || !claim(files.copy, copy)) return;
   // Without the new content nothing was overwritten.
@@ -115,6 +116,29 @@ void finish(const std::string& path, const StagingFiles& files) {
   if (old && !remove_staged(files.old)) return;
   if (copy) remove_file(files.copy);
   if (fresh) remove_file(files.fresh);
+}
+
+/// Finishes what was begun when the file was opened by this path, with its links followed.
+void finish(const std::string& path) {
+  finish_with(path, staging_files_beside(path));
+  finish_with(path, staging_files_elsewhere(path));
+  LockFile::remove_left(path);
+}
+
+bool may_exist(const std::string& path) {
+  std::error_code failure;
+  return std::filesystem::symlink_status(path, failure).type() != std::filesystem::file_type::not_found;
+}
+
+/// Finishes what was begun when the file was opened by the path of a note.
+void finish_noted(const std::string& path, const std::string& noted) {
+  const bool is_path = std::filesystem::path(noted).is_absolute() && noted.find('\0') == noted.npos;
+  const bool is_its_name = is_path && same_file(noted, path) && followed_path(noted) == noted;
+  if (is_its_name) finish(noted);
+  const bool may_be_left =
+      is_path && (may_exist(staging_files_beside(noted).old) || may_exist(staging_files_elsewhere(noted).old));
+  if (!may_be_left) leave_note(path, {});
+  if (may_be_left && !is_its_name) refuse(std::errc::device_or_resource_busy, "find what completes the file");
 }
 
 }  // namespace
@@ -126,10 +150,29 @@ Overwriting::Overwriting(const std::string& path, const StagingFiles& files, std
       old_{files.old, &old, open(files.old)->size()},
       fresh_{files.fresh, &fresh, open(files.fresh)->size()} {}
 
-void Overwriting::put_new_content() { write(fresh_); }
+void Overwriting::put_new_content() {
+  leave_note();
+  write(fresh_);
+  take_note_away();
+}
 
 void Overwriting::put_back_old_content() {
   if (has_begun_) write(old_);
+  take_note_away();
+}
+
+void Overwriting::leave_note() {
+  if (facts_of(path_).links < 2) return;
+  has_note_ = platform::leave_note(path_, path_);
+  if (!has_note_) return;
+  FileHandle handle = FileHandle::open(path_, Opening::overwrite);
+  if (!handle.valid()) refuse(std::errc::permission_denied, "open to overwrite");
+  handle.sync();
+}
+
+void Overwriting::take_note_away() noexcept {
+  // One that stays leads to nothing.
+  if (has_note_) platform::leave_note(path_, {});
 }
 
 void Overwriting::write(const Content& content) {
@@ -187,9 +230,11 @@ bool remove_staged(const std::string& path) noexcept {
 
 void finish_interrupted_replacement(const std::string& path) {
   const std::string followed = followed_path(path);
-  finish(followed, staging_files_beside(followed));
-  finish(followed, staging_files_elsewhere(followed));
-  LockFile::remove_left(followed);
+  finish(followed);
+  const std::string noted = note_on(followed);
+  if (!noted.empty()) finish_noted(followed, noted);
+  if (facts_of(followed).links < 2) return;
+  for (const std::string& name : names_beside(followed)) finish(name);
 }
 
 }  // namespace vellobar::platform

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <filesystem>
 #include <iterator>
 #include <tuple>
 
@@ -97,6 +98,18 @@ std::string content_after_next_lock(MailboxToBreak& box) {
   box.lock(next);
   EXPECT_EQ(box.leftovers(), std::vector<std::string>());
   return box.content();
+}
+
+/// The same by another name of the mailbox. Where it was whole, files beside the first name wait for that one.
+std::string content_after_next_lock(MailboxToBreak& box, const std::string& name) {
+  FaultyFileSystem faultless;
+  const platform::FixedFileSystem not_waiting_for_the_disk(faultless);
+  CVellobar next;
+  box.lock(next, name);
+  next.Unlock();
+  const std::string content = box.content();
+  EXPECT_TRUE(content_after_next_lock(box) == content);
+  return content;
 }
 
 class UpdateThatDies : public testing::TestWithParam<Way> {};
@@ -252,6 +265,81 @@ TEST_P(MisdeedOfACall, in_any_update_is_made_up_for_or_30002_with_the_old_mailbo
   }
   RecordProperty("calls", static_cast<int>(calls));
   RecordProperty("refused", static_cast<int>(refused));
+}
+
+/// A mailbox with several names, of which the first one was opened for an update that died.
+class MailboxWithOtherNames : public testing::Test {
+ protected:
+  enum class Notes { kept, not_kept };
+
+  /// True when that left neither the old nor the new mailbox.
+  bool tears(const MailboxShape& shape, const MailboxEdit& edit, const Undisturbed& expected, Fault fault,
+             std::int64_t at, Notes notes) {
+    box_.reset(shape.content);
+    FaultyFileSystem dying(fault, at);
+    if (notes == Notes::not_kept) dying.keep_no_notes();
+    {
+      CVellobar control;
+      box_.lock(control);
+      edit.make(control);
+      update(control, dying);
+    }
+    return box_.content() != shape.content && box_.content() != expected.content;
+  }
+
+  /// The next process opens the mailbox by this name after every death.
+  void expect_whole_by(const std::string& name, Notes notes) {
+    std::int64_t torn = 0;
+    for_cases(Cases::some, box_, [&](const MailboxShape& shape, const MailboxEdit& edit, const Undisturbed& expected) {
+      for (std::int64_t at = 0; at < expected.changes; ++at) {
+        for (const Fault fault : {Fault::dies_before, Fault::dies_after}) {
+          torn += tears(shape, edit, expected, fault, at, notes);
+          const std::string content = content_after_next_lock(box_, name);
+          EXPECT_TRUE(content == shape.content || content == expected.content) << at;
+          EXPECT_EQ(platform::note_on(name), "") << at;
+        }
+      }
+    });
+    EXPECT_GT(torn, 20);
+  }
+
+  MailboxToBreak box_{Way::over_the_old_one};
+};
+
+TEST_F(MailboxWithOtherNames, that_is_torn_is_completed_when_it_is_opened_by_one_in_the_same_folder) {
+  expect_whole_by(box_.near_link(), Notes::kept);
+}
+
+TEST_F(MailboxWithOtherNames, that_is_torn_is_completed_by_one_in_the_same_folder_also_without_notes) {
+  expect_whole_by(box_.near_link(), Notes::not_kept);
+}
+
+TEST_F(MailboxWithOtherNames, that_is_torn_is_completed_when_it_is_opened_by_one_in_another_folder) {
+  if (!box_.keeps_notes()) GTEST_SKIP() << "this file system keeps no notes";
+  expect_whole_by(box_.far_link(), Notes::kept);
+}
+
+TEST_F(MailboxWithOtherNames, that_is_torn_is_refused_while_its_first_name_is_gone) {
+  if (!box_.keeps_notes()) GTEST_SKIP() << "this file system keeps no notes";
+  const std::string away = box_.path() + "-away";
+  std::int64_t torn = 0;
+  for_cases(Cases::some, box_, [&](const MailboxShape& shape, const MailboxEdit& edit, const Undisturbed& expected) {
+    for (std::int64_t at = 0; at < expected.changes; ++at) {
+      if (!tears(shape, edit, expected, Fault::dies_before, at, Notes::kept)) continue;
+      ++torn;
+      const std::string content = box_.content();
+      std::filesystem::rename(box_.path(), away);
+      for (const std::string& name : {away, box_.near_link(), box_.far_link()}) {
+        CVellobar next;
+        tests::expect_error(ErrorNumber::cannot_open_mailbox, Reporter::vellobar, [&] { box_.lock(next, name); });
+      }
+      std::filesystem::rename(away, box_.path());
+      EXPECT_TRUE(box_.content() == content) << at;
+      const std::string then = content_after_next_lock(box_, box_.far_link());
+      EXPECT_TRUE(then == shape.content || then == expected.content) << at;
+    }
+  });
+  EXPECT_GT(torn, 10);
 }
 
 class UpdateThatFails : public testing::TestWithParam<Way> {};

@@ -99,6 +99,11 @@ std::error_code FaultyFileSystem::sync_folder_of(const std::string&) noexcept {
   return change([] { return std::error_code(); });
 }
 
+std::error_code FaultyFileSystem::leave_note(const std::string& path, const std::string& text) noexcept {
+  if (!keeps_notes_) return std::make_error_code(std::errc::not_supported);
+  return change([&] { return ForwardingFileSystem::leave_note(path, text); });
+}
+
 std::error_code FaultyFileSystem::remove(const std::string& path) noexcept {
   return change([&] { return ForwardingFileSystem::remove(path); });
 }

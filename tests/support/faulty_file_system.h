@@ -1,5 +1,5 @@
 // A file system that fails, or stops as if the process had died, at one call of those that change a disk: opening to
-// write, writing, cutting, syncing, closing what was written, giving attributes, giving names, syncing a folder,
+// write, writing, cutting, syncing, closing what was written, giving attributes, names and notes, syncing a folder,
 // removing. Reading goes on whatever happens, unless it is told to fail. It does not wait for the disk, since nothing
 // here takes the power away.
 #pragma once
@@ -39,6 +39,9 @@ class FaultyFileSystem final : public platform::ForwardingFileSystem {
   /// From now on nothing at or behind this position can be read.
   void fail_reads_from(std::int64_t position) { unreadable_from_ = position; }
 
+  /// From now on no file has room for a note.
+  void keep_no_notes() { keeps_notes_ = false; }
+
   /// Calls this before each change, with its number.
   void before_each_change(std::function<void(std::int64_t)> action) { before_change_ = std::move(action); }
 
@@ -61,6 +64,7 @@ class FaultyFileSystem final : public platform::ForwardingFileSystem {
   std::error_code make_unique(const std::string& folder, const std::string& prefix,
                               std::string& path) noexcept override;
   std::error_code sync_folder_of(const std::string& path) noexcept override;
+  std::error_code leave_note(const std::string& path, const std::string& text) noexcept override;
   std::error_code remove(const std::string& path) noexcept override;
 
  private:
@@ -75,6 +79,7 @@ class FaultyFileSystem final : public platform::ForwardingFileSystem {
   std::int64_t changes_ = 0;
   std::vector<std::int64_t> writes_;
   bool is_dead_ = false;
+  bool keeps_notes_ = true;
   std::set<platform::OpenFile> written_;
 };
 

@@ -21,19 +21,20 @@ void put(std::string& content, std::size_t position, std::string_view bytes) {
   content.replace(position, bytes.size(), bytes);
 }
 
-void make_now(std::string& content, const Change& change) {
+void make_now(Disk::Stored& stored, const Change& change) {
   const std::size_t position = static_cast<std::size_t>(change.position);
-  if (change.kind == Kind::truncate) content.resize(position, '\0');
-  if (change.kind == Kind::write) put(content, position, change.bytes);
+  if (change.kind == Kind::truncate) stored.content.resize(position, '\0');
+  if (change.kind == Kind::write) put(stored.content, position, change.bytes);
+  if (change.kind == Kind::note) stored.note = change.bytes;
 }
 
 /// Writes some of the sectors of a write, each one wholly.
-void make_torn(std::string& content, const Change& change, std::mt19937& random) {
+void make_torn(Disk::Stored& stored, const Change& change, std::mt19937& random) {
   const std::size_t begin = static_cast<std::size_t>(change.position);
   const std::size_t end = begin + change.bytes.size();
   for (std::size_t at = begin; at < end;) {
     const std::size_t next = std::min(end, (at / kSector + 1) * kSector);
-    if (roll(random, 2) == 0) put(content, at, std::string_view(change.bytes).substr(at - begin, next - at));
+    if (roll(random, 2) == 0) put(stored.content, at, std::string_view(change.bytes).substr(at - begin, next - at));
     at = next;
   }
 }
@@ -66,7 +67,7 @@ Disk::Disk(const std::vector<std::string>& paths) {
     const auto link = std::find_if(synced_.begin(), synced_.end(),
                                    [&](const auto& entry) { return platform::same_file(entry.first, path); });
     const int file = link != synced_.end() ? link->second : static_cast<int>(files_.size());
-    if (link == synced_.end()) files_[file].content = read_file(path);
+    if (link == synced_.end()) files_[file].stored = {read_file(path), platform::note_on(path)};
     synced_[path] = file;
   }
   seen_ = synced_;
@@ -76,10 +77,11 @@ void Disk::make(const Change& change) {
   switch (change.kind) {
     case Kind::write:
     case Kind::truncate:
+    case Kind::note:
       files_[change.file].unsynced.push_back(change);
       break;
     case Kind::sync:
-      for (const Change& made : files_[change.file].unsynced) make_now(files_[change.file].content, made);
+      for (const Change& made : files_[change.file].unsynced) make_now(files_[change.file].stored, made);
       files_[change.file].unsynced.clear();
       break;
     case Kind::create:
@@ -99,11 +101,11 @@ void Disk::make(const Change& change) {
 Disk::Image Disk::after_power_loss(std::mt19937& random) const {
   std::map<std::string, int> entries = synced_;
   make_perhaps(entries, unsynced_entries_, random, [](auto&, const Change&) {});
-  std::map<int, std::string> contents;
+  std::map<int, Stored> contents;
   for (const auto& [number, file] : files_) {
-    std::string& content = contents[number] = file.content;
-    make_perhaps(content, file.unsynced, random,
-                 [&](std::string& torn, const Change& change) { make_torn(torn, change, random); });
+    Stored& stored = contents[number] = file.stored;
+    make_perhaps(stored, file.unsynced, random,
+                 [&](Stored& torn, const Change& change) { make_torn(torn, change, random); });
   }
   Image image;
   for (const auto& [name, file] : entries) image[name] = contents[file];
@@ -169,6 +171,12 @@ std::error_code RecordingFileSystem::link(const std::string& from, const std::st
 std::error_code RecordingFileSystem::sync_folder_of(const std::string&) noexcept {
   changes_.push_back({Kind::sync_folder, -1, 0, {}, {}, {}});
   return {};
+}
+
+std::error_code RecordingFileSystem::leave_note(const std::string& path, const std::string& text) noexcept {
+  const std::error_code failure = ForwardingFileSystem::leave_note(path, text);
+  if (!failure) changes_.push_back({Kind::note, entries_[path], 0, text, {}, {}});
+  return failure;
 }
 
 std::error_code RecordingFileSystem::remove(const std::string& path) noexcept {

@@ -17,11 +17,11 @@ namespace vellobar::tests {
 
 /// One change that was made. Files are numbered, since a name may stand for one file now and for another one later.
 struct Change {
-  enum class Kind { create, write, truncate, sync, rename, link, remove, sync_folder };
+  enum class Kind { create, write, truncate, note, sync, rename, link, remove, sync_folder };
   Kind kind{};
   int file = -1;
   std::int64_t position = 0;  ///< where bytes were written, or the size at which the file was cut
-  std::string bytes;
+  std::string bytes;          ///< of a write or a note
   std::string name, new_name;
 };
 
@@ -34,13 +34,18 @@ class Disk {
   const std::map<std::string, int>& entries() const { return seen_; }
   void make(const Change& change);
 
-  using Image = std::map<std::string, std::string>;
-  /// Names and contents after a power loss now. Every call rolls the dice again.
+  /// What a file holds and the note that was left with it.
+  struct Stored {
+    std::string content, note;
+    auto operator<=>(const Stored&) const = default;
+  };
+  using Image = std::map<std::string, Stored>;
+  /// Names and what they stand for after a power loss now. Every call rolls the dice again.
   Image after_power_loss(std::mt19937& random) const;
 
  private:
   struct File {
-    std::string content;
+    Stored stored;
     std::vector<Change> unsynced;
   };
 
@@ -64,6 +69,7 @@ class RecordingFileSystem final : public platform::ForwardingFileSystem {
   std::error_code rename(const std::string& from, const std::string& to) noexcept override;
   std::error_code link(const std::string& from, const std::string& to) noexcept override;
   std::error_code sync_folder_of(const std::string& path) noexcept override;
+  std::error_code leave_note(const std::string& path, const std::string& text) noexcept override;
   std::error_code remove(const std::string& path) noexcept override;
 
  private:

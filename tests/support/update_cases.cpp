@@ -7,6 +7,7 @@
 #include "headers/headers.h"
 #include "mailbox/message.h"
 #include "mailbox/messages.h"
+#include "platform/file_system.h"
 #include "platform/staging_files.h"
 
 namespace vellobar::tests {
@@ -115,11 +116,17 @@ const char* name_of(Way way) noexcept {
 }
 
 MailboxToBreak::MailboxToBreak(Way way)
-    : folder_(Medium::memory), temporary_(Medium::memory), fixed_(temporary_.path("")), path_(folder_.file("box", "")) {
+    : folder_(Medium::memory),
+      temporary_(Medium::memory),
+      elsewhere_(Medium::memory),
+      fixed_(temporary_.path("")),
+      path_(folder_.file("box", "")) {
   if (way == Way::staged_elsewhere) fs::create_directory(platform::staging_files_beside(path_).fresh);
   if (way != Way::over_the_old_one) return;
-  link_ = folder_.path("link");
-  fs::create_hard_link(path_, link_);
+  near_link_ = folder_.path("link");
+  far_link_ = elsewhere_.path("box");
+  fs::create_hard_link(path_, near_link_);
+  fs::create_hard_link(path_, far_link_);
 }
 
 std::vector<std::string> MailboxToBreak::paths() const {
@@ -141,15 +148,23 @@ std::vector<std::string> MailboxToBreak::leftovers() const {
   return leftovers;
 }
 
+bool MailboxToBreak::keeps_notes() const {
+  platform::FileSystem& files = platform::real_file_system();
+  const bool keeps = !files.leave_note(path_, "a note") && platform::note_on(path_) == "a note";
+  static_cast<void>(files.leave_note(path_, {}));
+  return keeps;
+}
+
 void MailboxToBreak::reset(const std::string& content) {
   for (const std::string& path : paths()) {
-    if (path != path_ && path != link_) fs::remove(path);
+    if (path != path_ && path != near_link_) fs::remove(path);
   }
+  static_cast<void>(platform::real_file_system().leave_note(path_, {}));
   write_file(path_, content);
 }
 
-void MailboxToBreak::lock(CVellobar& control) const {
-  control.SetFilename(wide(path_));
+void MailboxToBreak::lock(CVellobar& control, const std::string& name) const {
+  control.SetFilename(wide(name));
   control.Lock();
 }
 
