@@ -114,6 +114,9 @@ struct FileFacts {
 /// Facts about an existing file, links followed; not regular when it cannot be told.
 FileFacts facts_of(const std::string& path) noexcept;
 
+/// False only when it is certain that nothing has this name. Links are not followed.
+bool may_exist(const std::string& path) noexcept;
+
 /// The size now in bytes, -1 when there is none to tell (a folder, a pipe).
 std::int64_t size_of(OpenFile file) noexcept;
 

@@ -125,9 +125,9 @@ void finish(const std::string& path) {
   LockFile::remove_left(path);
 }
 
-bool may_exist(const std::string& path) {
-  std::error_code failure;
-  return std::filesystem::symlink_status(path, failure).type() != std::filesystem::file_type::not_found;
+/// Whether the file may be half overwritten by a process that opened it by this path.
+bool may_be_torn(const std::string& path) {
+  return may_exist(staging_files_beside(path).old) || may_exist(staging_files_elsewhere(path).old);
 }
 
 /// Finishes what was begun when the file was opened by the path of a note.
@@ -135,10 +135,9 @@ void finish_noted(const std::string& path, const std::string& noted) {
   const bool is_path = std::filesystem::path(noted).is_absolute() && noted.find('\0') == noted.npos;
   const bool is_its_name = is_path && same_file(noted, path) && followed_path(noted) == noted;
   if (is_its_name) finish(noted);
-  const bool may_be_left =
-      is_path && (may_exist(staging_files_beside(noted).old) || may_exist(staging_files_elsewhere(noted).old));
-  if (!may_be_left) leave_note(path, {});
-  if (may_be_left && !is_its_name) refuse(std::errc::device_or_resource_busy, "find what completes the file");
+  const bool is_torn = is_path && may_be_torn(noted);
+  if (!is_torn) leave_note(path, {});
+  if (is_torn && !is_its_name) refuse(std::errc::device_or_resource_busy, "find what completes the file");
 }
 
 }  // namespace
@@ -234,7 +233,9 @@ void finish_interrupted_replacement(const std::string& path) {
   const std::string noted = note_on(followed);
   if (!noted.empty()) finish_noted(followed, noted);
   if (facts_of(followed).links < 2) return;
-  for (const std::string& name : names_beside(followed)) finish(name);
+  for (const std::string& name : names_beside(followed)) {
+    if (may_be_torn(name)) finish(name);
+  }
 }
 
 }  // namespace vellobar::platform

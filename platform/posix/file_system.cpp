@@ -233,6 +233,11 @@ FileFacts facts_of(const std::string& path) noexcept {
   return {S_ISREG(info.st_mode), info.st_nlink};
 }
 
+bool may_exist(const std::string& path) noexcept {
+  struct stat info {};
+  return ::lstat(path.c_str(), &info) == 0 || (errno != ENOENT && errno != ENOTDIR);
+}
+
 std::int64_t size_of(OpenFile file) noexcept {
   struct stat info {};
   if (::fstat(number(file), &info) != 0) return -1;

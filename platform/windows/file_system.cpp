@@ -249,6 +249,12 @@ FileFacts facts_of(const std::string& path) noexcept {
   return {(info.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0, info.nNumberOfLinks};
 }
 
+bool may_exist(const std::string& path) noexcept {
+  if (::GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES) return true;
+  const DWORD failure = ::GetLastError();
+  return failure != ERROR_FILE_NOT_FOUND && failure != ERROR_PATH_NOT_FOUND;
+}
+
 std::int64_t size_of(OpenFile file) noexcept {
   LARGE_INTEGER size{};
   if (::GetFileType(native(file)) != FILE_TYPE_DISK) return -1;
