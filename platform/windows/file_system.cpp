@@ -239,8 +239,8 @@ bool try_lock(OpenFile file) noexcept {
 }
 
 bool is_out_of_room(const std::error_code& failure) noexcept {
-  return failure == error(ERROR_DISK_FULL) || failure == error(ERROR_HANDLE_DISK_FULL) ||
-         failure == error(kDiskQuotaExceeded);
+  return failure == std::errc::no_space_on_device || failure == error(ERROR_DISK_FULL) ||
+         failure == error(ERROR_HANDLE_DISK_FULL) || failure == error(kDiskQuotaExceeded);
 }
 
 FileFacts facts_of(const std::string& path) noexcept {
