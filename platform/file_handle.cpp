@@ -9,13 +9,14 @@ namespace vellobar::platform {
 
 namespace {
 
+/// More than signals do to one call, so that a file system that always says so ends nobody's patience.
+constexpr int kMostInterruptions = 1000;
+
 /// Makes a call until it is not interrupted.
 template <typename Call>
 std::error_code uninterrupted(Call call) noexcept {
-  std::error_code failure;
-  do {
-    failure = call();
-  } while (failure == std::errc::interrupted);
+  std::error_code failure = call();
+  for (int i = 0; i < kMostInterruptions && failure == std::errc::interrupted; ++i) failure = call();
   return failure;
 }
 
@@ -66,6 +67,8 @@ void FileHandle::write(std::string_view bytes) {
   while (!bytes.empty()) {
     std::size_t put = 0;
     require("write", [&] { return file_system().write(file_, bytes, put); });
+    // A system that takes nothing and gives no reason has no room; asking again could go on for ever.
+    if (put == 0) throw std::system_error(std::make_error_code(std::errc::no_space_on_device), "write");
     bytes.remove_prefix(put);
   }
 }
@@ -112,11 +115,21 @@ std::optional<std::string> make_unique_file(const std::string& folder, const std
 }
 
 void sync_folder_of(const std::string& path) {
-  require("sync folder", [&] { return file_system().sync_folder_of(path); });
+  if (const std::error_code failure = try_sync_folder_of(path)) throw std::system_error(failure, "sync folder");
 }
 
-bool remove_file(const std::string& path) noexcept {
-  return !uninterrupted([&] { return file_system().remove(path); });
+std::error_code try_sync_folder_of(const std::string& path) noexcept {
+  return uninterrupted([&] { return file_system().sync_folder_of(path); });
 }
+
+bool leave_note(const std::string& path, const std::string& text) noexcept {
+  return !uninterrupted([&] { return file_system().leave_note(path, text); });
+}
+
+std::error_code try_remove_file(const std::string& path) noexcept {
+  return uninterrupted([&] { return file_system().remove(path); });
+}
+
+bool remove_file(const std::string& path) noexcept { return !try_remove_file(path); }
 
 }  // namespace vellobar::platform

@@ -63,7 +63,14 @@ std::optional<std::string> make_unique_file(const std::string& folder, const std
 
 /// Waits until the folder that holds the path has its entries on the disk, where the system offers it.
 void sync_folder_of(const std::string& path);
+/// The same; the failure when that cannot be done.
+std::error_code try_sync_folder_of(const std::string& path) noexcept;
 
+/// See FileSystem::leave_note; false when it could not be left.
+bool leave_note(const std::string& path, const std::string& text) noexcept;
+
+/// Deletes a file; the failure when it could not be deleted.
+std::error_code try_remove_file(const std::string& path) noexcept;
 /// Deletes a file; false when it could not be deleted.
 bool remove_file(const std::string& path) noexcept;
 

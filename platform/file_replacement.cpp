@@ -105,7 +105,7 @@ bool FileReplacement::put_in_place_by_renaming(File& old_file, std::int64_t copi
   }
   leaves_files_ = true;
   // What is in place stays in place whatever this says; it only shortens the time in which a power loss could undo it.
-  static_cast<void>(file_system().sync_folder_of(path_));
+  static_cast<void>(try_sync_folder_of(path_));
   carry_over_or_undo(old_file, copied);
   return true;
 }

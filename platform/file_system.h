@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <vector>
 
 namespace vellobar::platform {
 
@@ -66,6 +67,9 @@ class FileSystem {
                                       std::string& path) noexcept = 0;
   /// Waits until the folder that holds the path has its entries on the disk, where the system offers it.
   virtual std::error_code sync_folder_of(const std::string& path) noexcept = 0;
+  /// Leaves a note with the file itself, to be found by each of its names, in the place of the one before; an empty one
+  /// takes it away. Syncing the file syncs the note. Refused where the file system keeps none.
+  virtual std::error_code leave_note(const std::string& path, const std::string& text) noexcept = 0;
   virtual std::error_code remove(const std::string& path) noexcept = 0;
 };
 
@@ -110,6 +114,9 @@ struct FileFacts {
 /// Facts about an existing file, links followed; not regular when it cannot be told.
 FileFacts facts_of(const std::string& path) noexcept;
 
+/// False only when it is certain that nothing has this name. Links are not followed.
+bool may_exist(const std::string& path) noexcept;
+
 /// The size now in bytes, -1 when there is none to tell (a folder, a pipe).
 std::int64_t size_of(OpenFile file) noexcept;
 
@@ -118,6 +125,12 @@ bool is_file(OpenFile file, const std::string& path) noexcept;
 
 /// True when both paths name the same existing file.
 bool same_file(const std::string& left, const std::string& right) noexcept;
+
+/// The other names that the file of this path has in the same folder.
+std::vector<std::string> names_beside(const std::string& path);
+
+/// The note that was left with a file, empty when there is none. Whoever may write to the file may have left it.
+std::string note_on(const std::string& path);
 
 /// The path with symbolic links followed; the path itself where that cannot be told.
 std::string followed_path(const std::string& path);

@@ -1,6 +1,7 @@
 #include "platform/overwriting.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -106,7 +107,7 @@ bool claim(const std::string& path, std::shared_ptr<File>& file) {
   return file || failure == std::errc::no_such_file_or_directory;
 }
 
-void finish(const std::string& path, const StagingFiles& files) {
+void finish_with(const std::string& path, const StagingFiles& files) {
   std::shared_ptr<File> fresh, old, copy;
   if (!claim(files.fresh, fresh) || !claim(files.old, old) || !claim(files.copy, copy)) return;
   // Without the new content nothing was overwritten.
@@ -115,6 +116,28 @@ void finish(const std::string& path, const StagingFiles& files) {
   if (old && !remove_staged(files.old)) return;
   if (copy) remove_file(files.copy);
   if (fresh) remove_file(files.fresh);
+}
+
+/// Finishes what was begun when the file was opened by this path, with its links followed.
+void finish(const std::string& path) {
+  finish_with(path, staging_files_beside(path));
+  finish_with(path, staging_files_elsewhere(path));
+  LockFile::remove_left(path);
+}
+
+/// Whether the file may be half overwritten by a process that opened it by this path.
+bool may_be_torn(const std::string& path) {
+  return may_exist(staging_files_beside(path).old) || may_exist(staging_files_elsewhere(path).old);
+}
+
+/// Finishes what was begun when the file was opened by the path of a note.
+void finish_noted(const std::string& path, const std::string& noted) {
+  const bool is_path = std::filesystem::path(noted).is_absolute() && noted.find('\0') == noted.npos;
+  const bool is_its_name = is_path && same_file(noted, path) && followed_path(noted) == noted;
+  if (is_its_name) finish(noted);
+  const bool is_torn = is_path && may_be_torn(noted);
+  if (!is_torn) leave_note(path, {});
+  if (is_torn && !is_its_name) refuse(std::errc::device_or_resource_busy, "find what completes the file");
 }
 
 }  // namespace
@@ -126,10 +149,29 @@ Overwriting::Overwriting(const std::string& path, const StagingFiles& files, std
       old_{files.old, &old, open(files.old)->size()},
       fresh_{files.fresh, &fresh, open(files.fresh)->size()} {}
 
-void Overwriting::put_new_content() { write(fresh_); }
+void Overwriting::put_new_content() {
+  leave_note();
+  write(fresh_);
+  take_note_away();
+}
 
 void Overwriting::put_back_old_content() {
   if (has_begun_) write(old_);
+  take_note_away();
+}
+
+void Overwriting::leave_note() {
+  if (facts_of(path_).links < 2) return;
+  has_note_ = platform::leave_note(path_, path_);
+  if (!has_note_) return;
+  FileHandle handle = FileHandle::open(path_, Opening::overwrite);
+  if (!handle.valid()) refuse(std::errc::permission_denied, "open to overwrite");
+  handle.sync();
+}
+
+void Overwriting::take_note_away() noexcept {
+  // One that stays leads to nothing.
+  if (has_note_) platform::leave_note(path_, {});
 }
 
 void Overwriting::write(const Content& content) {
@@ -180,16 +222,20 @@ void Overwriting::keep_late_mail() {
 }
 
 bool remove_staged(const std::string& path) noexcept {
-  const std::error_code failure = file_system().remove(path);
+  const std::error_code failure = try_remove_file(path);
   const bool is_gone = !failure || failure == std::errc::no_such_file_or_directory;
-  return is_gone && !file_system().sync_folder_of(path);
+  return is_gone && !try_sync_folder_of(path);
 }
 
 void finish_interrupted_replacement(const std::string& path) {
   const std::string followed = followed_path(path);
-  finish(followed, staging_files_beside(followed));
-  finish(followed, staging_files_elsewhere(followed));
-  LockFile::remove_left(followed);
+  finish(followed);
+  const std::string noted = note_on(followed);
+  if (!noted.empty()) finish_noted(followed, noted);
+  if (facts_of(followed).links < 2) return;
+  for (const std::string& name : names_beside(followed)) {
+    if (may_be_torn(name)) finish(name);
+  }
 }
 
 }  // namespace vellobar::platform

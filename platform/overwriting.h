@@ -6,6 +6,12 @@
 // of the new one or, where it was extended, zero; or it is whole. What is appended to it after the interruption stands
 // behind the larger content, and so stays when that one is written over the front again.
 //
+// A file with several names may be opened next by another one than this time. So that the two other files are found
+// then, the name of this time is left as a note with the file while it is overwritten. Where the file system keeps no
+// notes, its other names in the same folder are tried. A note may come from anybody who may write to the file: it leads
+// to files beside a path that names this very file, and to no others. When the path no longer does, since the file was
+// moved, the file is refused as long as those that are needed to complete it stand beside that path.
+//
 // What somebody who looks at no lock appends meanwhile belongs to both contents: it stays behind the one that is
 // written in the end, and is never cut away.
 #pragma once
@@ -40,11 +46,14 @@ class Overwriting {
   void extend(FileHandle& handle, const Content& content);
   void cut(OutputFile& output, const Content& content);
   void keep_late_mail();
+  void leave_note();
+  void take_note_away() noexcept;
 
   std::string path_;
   std::int64_t end_;  ///< in the file, of the contents; what is behind it was appended
   Content old_, fresh_;
   bool has_begun_ = false;
+  bool has_note_ = false;
 };
 
 /// Removes the copy of the old content. False when it may still stand there, also after a power loss: the new content
@@ -52,8 +61,9 @@ class Overwriting {
 bool remove_staged(const std::string& path) noexcept;
 
 /// To be called before a file is opened, whether it exists or not: completes what a process that died left of a
-/// replacement of this file, or removes it. What a living process holds, or another user made, is left alone. Throws
-/// std::system_error when the file holds a mixture of contents that cannot be completed.
+/// replacement of this file, or removes it, by whichever of its names that process had opened it. What a living process
+/// holds, or another user made, is left alone. Throws std::system_error when the file holds a mixture of contents that
+/// cannot be completed, or may hold one.
 void finish_interrupted_replacement(const std::string& path);
 
 }  // namespace vellobar::platform

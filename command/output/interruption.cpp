@@ -106,7 +106,7 @@ CompletingWork::~CompletingWork() { --completing; }
 
 std::error_code InterruptibleFileSystem::open(const std::string& path, platform::Opening how,
                                               platform::OpenFile& file) noexcept {
-  const std::error_code failure = system_.open(path, how, file);
+  const std::error_code failure = ForwardingFileSystem::open(path, how, file);
   const bool is_new = how == platform::Opening::create_new || how == platform::Opening::create;
   if (failure || !is_new) return failure;
   try {
@@ -117,53 +117,17 @@ std::error_code InterruptibleFileSystem::open(const std::string& path, platform:
   return failure;
 }
 
-std::error_code InterruptibleFileSystem::read(platform::OpenFile file, std::int64_t position, void* to,
-                                              std::size_t count, std::size_t& got) noexcept {
-  return system_.read(file, position, to, count, got);
-}
-
 std::error_code InterruptibleFileSystem::write(platform::OpenFile file, std::string_view bytes,
                                                std::size_t& put) noexcept {
   const bool is_new = std::find(new_files_.begin(), new_files_.end(), file) != new_files_.end();
-  if (!is_new || !was_interrupted() || completing > 0) return system_.write(file, bytes, put);
+  if (!is_new || !was_interrupted() || completing > 0) return ForwardingFileSystem::write(file, bytes, put);
   put = 0;
   return std::make_error_code(std::errc::operation_canceled);
 }
 
-std::error_code InterruptibleFileSystem::resize(platform::OpenFile file, std::int64_t expected,
-                                                std::int64_t size) noexcept {
-  return system_.resize(file, expected, size);
-}
-
-std::error_code InterruptibleFileSystem::sync(platform::OpenFile file) noexcept { return system_.sync(file); }
-
 std::error_code InterruptibleFileSystem::close(platform::OpenFile file) noexcept {
   new_files_.erase(std::remove(new_files_.begin(), new_files_.end(), file), new_files_.end());
-  return system_.close(file);
+  return ForwardingFileSystem::close(file);
 }
-
-std::error_code InterruptibleFileSystem::copy_attributes(platform::Attributes which, const std::string& from,
-                                                         const std::string& to) noexcept {
-  return system_.copy_attributes(which, from, to);
-}
-
-std::error_code InterruptibleFileSystem::rename(const std::string& from, const std::string& to) noexcept {
-  return system_.rename(from, to);
-}
-
-std::error_code InterruptibleFileSystem::link(const std::string& from, const std::string& to) noexcept {
-  return system_.link(from, to);
-}
-
-std::error_code InterruptibleFileSystem::make_unique(const std::string& folder, const std::string& prefix,
-                                                     std::string& path) noexcept {
-  return system_.make_unique(folder, prefix, path);
-}
-
-std::error_code InterruptibleFileSystem::sync_folder_of(const std::string& path) noexcept {
-  return system_.sync_folder_of(path);
-}
-
-std::error_code InterruptibleFileSystem::remove(const std::string& path) noexcept { return system_.remove(path); }
 
 }  // namespace vellobar::command

@@ -6,7 +6,7 @@
 
 #include <vector>
 
-#include "platform/file_system.h"
+#include "platform/forwarding_file_system.h"
 
 namespace vellobar::command {
 
@@ -47,26 +47,13 @@ class CompletingWork {
 };
 
 /// The operating system's files, of which new ones can no longer be written after an interruption.
-class InterruptibleFileSystem final : public platform::FileSystem {
+class InterruptibleFileSystem final : public platform::ForwardingFileSystem {
  public:
   std::error_code open(const std::string& path, platform::Opening how, platform::OpenFile& file) noexcept override;
-  std::error_code read(platform::OpenFile file, std::int64_t position, void* to, std::size_t count,
-                       std::size_t& got) noexcept override;
   std::error_code write(platform::OpenFile file, std::string_view bytes, std::size_t& put) noexcept override;
-  std::error_code resize(platform::OpenFile file, std::int64_t expected, std::int64_t size) noexcept override;
-  std::error_code sync(platform::OpenFile file) noexcept override;
   std::error_code close(platform::OpenFile file) noexcept override;
-  std::error_code copy_attributes(platform::Attributes which, const std::string& from,
-                                  const std::string& to) noexcept override;
-  std::error_code rename(const std::string& from, const std::string& to) noexcept override;
-  std::error_code link(const std::string& from, const std::string& to) noexcept override;
-  std::error_code make_unique(const std::string& folder, const std::string& prefix,
-                              std::string& path) noexcept override;
-  std::error_code sync_folder_of(const std::string& path) noexcept override;
-  std::error_code remove(const std::string& path) noexcept override;
 
  private:
-  platform::FileSystem& system_ = platform::real_file_system();
   std::vector<platform::OpenFile> new_files_;
 };
 

@@ -1,6 +1,8 @@
 #include "platform/file_system.h"
 
+#include <dirent.h>
 #include <fcntl.h>
+#include <limits.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
@@ -10,12 +12,16 @@
 #include <cstdlib>
 #include <memory>
 #include <new>
+#include <utility>
 
 namespace vellobar::platform {
 
 namespace {
 
 constexpr mode_t kPermissionBits = 07777;
+
+/// The extended attribute that holds a note.
+constexpr char kNote[] = "user.vellobar.interrupted";
 
 std::error_code error(int number) noexcept { return {number, std::generic_category()}; }
 
@@ -67,6 +73,10 @@ int flags_for(Opening how) noexcept {
   return O_RDONLY | O_NONBLOCK | O_NOFOLLOW;
 }
 
+struct CloseFolder {
+  void operator()(DIR* folder) const noexcept { ::closedir(folder); }
+};
+
 std::error_code copy_extended_attributes(const char* from, const char* to) {
   const ssize_t size = ::listxattr(from, nullptr, 0);
   if (size <= 0) return size == 0 || errno == ENOTSUP ? std::error_code() : error(errno);
@@ -76,6 +86,8 @@ std::error_code copy_extended_attributes(const char* from, const char* to) {
   names.resize(static_cast<std::size_t>(listed));
   for (std::size_t at = 0; at < names.size(); at += std::char_traits<char>::length(&names[at]) + 1) {
     const char* name = &names[at];
+    // Is about the old file.
+    if (std::string_view(name) == kNote) continue;
     const ssize_t value_size = ::getxattr(from, name, nullptr, 0);
     if (value_size < 0) return error(errno);
     std::string value(static_cast<std::size_t>(value_size), '\0');
@@ -179,6 +191,11 @@ class PosixFileSystem final : public FileSystem {
     }
   }
 
+  std::error_code leave_note(const std::string& path, const std::string& text) noexcept override {
+    if (!text.empty()) return result(::setxattr(path.c_str(), kNote, text.data(), text.size(), 0) == 0);
+    return result(::removexattr(path.c_str(), kNote) == 0 || errno == ENODATA);
+  }
+
   std::error_code remove(const std::string& path) noexcept override { return result(::unlink(path.c_str()) == 0); }
 };
 
@@ -216,6 +233,11 @@ FileFacts facts_of(const std::string& path) noexcept {
   return {S_ISREG(info.st_mode), info.st_nlink};
 }
 
+bool may_exist(const std::string& path) noexcept {
+  struct stat info {};
+  return ::lstat(path.c_str(), &info) == 0 || (errno != ENOENT && errno != ENOTDIR);
+}
+
 std::int64_t size_of(OpenFile file) noexcept {
   struct stat info {};
   if (::fstat(number(file), &info) != 0) return -1;
@@ -233,6 +255,25 @@ bool same_file(const std::string& left, const std::string& right) noexcept {
   struct stat first {};
   struct stat second {};
   return ::stat(left.c_str(), &first) == 0 && ::stat(right.c_str(), &second) == 0 && same(first, second);
+}
+
+std::vector<std::string> names_beside(const std::string& path) {
+  const std::size_t base = path.rfind('/') == std::string::npos ? 0 : path.rfind('/') + 1;
+  const std::string folder = path.substr(0, base);
+  const std::unique_ptr<DIR, CloseFolder> listed(::opendir(base == 0 ? "." : folder.c_str()));
+  std::vector<std::string> names;
+  if (!listed) return names;
+  while (const struct dirent* entry = ::readdir(listed.get())) {
+    std::string name = folder + entry->d_name;
+    if (name != path && same_file(name, path)) names.push_back(std::move(name));
+  }
+  return names;
+}
+
+std::string note_on(const std::string& path) {
+  char text[PATH_MAX];
+  const ssize_t size = ::getxattr(path.c_str(), kNote, text, sizeof text);
+  return {text, size > 0 ? static_cast<std::size_t>(size) : 0};
 }
 
 std::string followed_path(const std::string& path) {

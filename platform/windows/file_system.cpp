@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
 #include <vector>
 
 namespace vellobar::platform {
@@ -212,6 +213,10 @@ class WindowsFileSystem final : public FileSystem {
 
   std::error_code sync_folder_of(const std::string&) noexcept override { return {}; }  // renaming writes through
 
+  std::error_code leave_note(const std::string&, const std::string&) noexcept override {
+    return error(ERROR_NOT_SUPPORTED);
+  }
+
   std::error_code remove(const std::string& path) noexcept override { return result(::DeleteFileA(path.c_str())); }
 };
 
@@ -234,14 +239,20 @@ bool try_lock(OpenFile file) noexcept {
 }
 
 bool is_out_of_room(const std::error_code& failure) noexcept {
-  return failure == error(ERROR_DISK_FULL) || failure == error(ERROR_HANDLE_DISK_FULL) ||
-         failure == error(kDiskQuotaExceeded);
+  return failure == std::errc::no_space_on_device || failure == error(ERROR_DISK_FULL) ||
+         failure == error(ERROR_HANDLE_DISK_FULL) || failure == error(kDiskQuotaExceeded);
 }
 
 FileFacts facts_of(const std::string& path) noexcept {
   BY_HANDLE_FILE_INFORMATION info{};
   if (!identify(path, info)) return {};
   return {(info.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0, info.nNumberOfLinks};
+}
+
+bool may_exist(const std::string& path) noexcept {
+  if (::GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES) return true;
+  const DWORD failure = ::GetLastError();
+  return failure != ERROR_FILE_NOT_FOUND && failure != ERROR_PATH_NOT_FOUND;
 }
 
 std::int64_t size_of(OpenFile file) noexcept {
@@ -259,6 +270,27 @@ bool same_file(const std::string& left, const std::string& right) noexcept {
   BY_HANDLE_FILE_INFORMATION first{}, second{};
   return identify(left, first) && identify(right, second) && same(first, second);
 }
+
+std::vector<std::string> names_beside(const std::string& path) {
+  const std::string folder = path.substr(0, path.find_last_of(kPathSeparators) + 1);
+  std::vector<std::string> names;
+  WIN32_FIND_DATAA entry{};
+  const HANDLE found = ::FindFirstFileA((folder + "*").c_str(), &entry);
+  if (found == INVALID_HANDLE_VALUE) return names;
+  try {
+    do {
+      std::string name = folder + entry.cFileName;
+      if (name != path && same_file(name, path)) names.push_back(std::move(name));
+    } while (::FindNextFileA(found, &entry) != 0);
+  } catch (...) {
+    ::FindClose(found);
+    throw;
+  }
+  ::FindClose(found);
+  return names;
+}
+
+std::string note_on(const std::string&) { return {}; }
 
 std::string followed_path(const std::string& path) {
   // First, so that no lack of memory leaves the file open.

@@ -264,6 +264,17 @@ TEST(InterruptedReplacement, of_a_living_process_is_left_alone) {
   EXPECT_EQ(file.file_count(), 1u);
 }
 
+TEST(InterruptedReplacement, of_a_living_process_is_left_alone_by_another_name_too) {
+  Replaced file;
+  file.make_hard_link();
+  {
+    FileReplacement living(file.path());
+    finish_interrupted_replacement(file.other_name("link"));
+    EXPECT_TRUE(fs::exists(file.beside().fresh));
+  }
+  EXPECT_EQ(file.file_count(), 2u);
+}
+
 TEST(InterruptedReplacement, that_cannot_be_completed_is_reported_and_left_as_it_is) {
   Replaced file;
   write_file(file.path(), "ned content");
@@ -346,6 +357,75 @@ TEST(FileReplacement, rewrites_in_place_what_attributes_cannot_be_given_to) {
     EXPECT_EQ(after.st_ino, before.st_ino);
     EXPECT_EQ(file.content(), "new");
   }
+}
+
+// A note comes from whoever may write to the file.
+
+class Noted : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (!leave_note(file_.path(), "a note")) GTEST_SKIP() << "this file system keeps no notes";
+    write_file(file_.path(), "ned content");
+  }
+
+  static void leave_interrupted(const std::string& path) {
+    write_file(staging_files_beside(path).fresh, "new");
+    write_file(staging_files_beside(path).old, "old content");
+  }
+
+  Replaced file_;
+  const std::string other_ = followed_path(file_.path()) + "-other";
+};
+
+TEST_F(Noted, by_anything_but_a_whole_path_is_opened_as_it_is_and_the_note_goes) {
+  for (const std::string& note :
+       {std::string("file"), std::string("../file"), std::string(1, '\0'), std::string("/x\0y", 4),
+        std::string(3000, 'x'), std::string("/no/such/folder/file")}) {
+    leave_interrupted(other_);
+    ASSERT_TRUE(leave_note(file_.path(), note));
+    finish_interrupted_replacement(file_.path());
+    EXPECT_EQ(file_.content(), "ned content");
+    EXPECT_EQ(note_on(file_.path()), "");
+  }
+}
+
+TEST_F(Noted, by_the_path_of_another_file_touches_nothing_of_that_and_is_refused_while_that_is_interrupted) {
+  write_file(other_, "ned content");
+  leave_interrupted(other_);
+  ASSERT_TRUE(leave_note(file_.path(), other_));
+  EXPECT_THROW(finish_interrupted_replacement(file_.path()), std::system_error);
+  EXPECT_EQ(file_.content(), "ned content");
+  EXPECT_EQ(read_file(other_), "ned content");
+  EXPECT_EQ(read_file(staging_files_beside(other_).old), "old content");
+  finish_interrupted_replacement(other_);
+  EXPECT_EQ(read_file(other_), "old content");
+  finish_interrupted_replacement(file_.path());
+  EXPECT_EQ(note_on(file_.path()), "");
+}
+
+TEST_F(Noted, by_a_path_that_leads_to_the_file_through_a_link_touches_nothing_beside_that) {
+  fs::create_symlink(file_.path(), other_);
+  leave_interrupted(other_);
+  ASSERT_TRUE(leave_note(file_.path(), other_));
+  EXPECT_THROW(finish_interrupted_replacement(file_.path()), std::system_error);
+  EXPECT_EQ(file_.content(), "ned content");
+  EXPECT_EQ(read_file(staging_files_beside(other_).old), "old content");
+}
+
+TEST_F(Noted, by_another_of_its_names_is_completed_from_beside_that) {
+  fs::create_hard_link(file_.path(), other_);
+  leave_interrupted(other_);
+  ASSERT_TRUE(leave_note(file_.path(), other_));
+  finish_interrupted_replacement(file_.path());
+  EXPECT_EQ(file_.content(), "old content");
+  EXPECT_EQ(note_on(file_.path()), "");
+  EXPECT_EQ(file_.file_count(), 2u);
+}
+
+TEST_F(Noted, is_not_what_takes_its_place) {
+  ASSERT_TRUE(leave_note(file_.path(), other_));
+  file_.replace("new");
+  EXPECT_EQ(note_on(file_.path()), "");
 }
 
 TEST(InterruptedReplacement, of_another_user_or_behind_a_link_is_left_alone) {

@@ -203,7 +203,7 @@ TEST(OutputFile, bytes_arrive_whole_and_in_order_around_the_edges_of_the_buffer)
 
 TEST(OutputFile, repeats_calls_that_were_interrupted_and_goes_on_after_short_ones) {
   const std::string bytes = "0123456789";
-  for (const tests::Fault fault : {tests::Fault::fails, tests::Fault::writes_short}) {
+  for (const tests::Fault fault : {tests::Fault::fails, tests::Fault::writes_half}) {
     for (std::int64_t at = 0; at < 3; ++at) {
       const Scratch scratch;
       tests::FaultyFileSystem faulty(fault, at, std::make_error_code(std::errc::interrupted));
@@ -215,10 +215,29 @@ TEST(OutputFile, repeats_calls_that_were_interrupted_and_goes_on_after_short_one
       file->close();
       EXPECT_EQ(scratch.content(), bytes) << at;
       const std::int64_t undisturbed = 4;  // create, write, sync, close
-      const bool was_short_elsewhere = fault == tests::Fault::writes_short && at != 1;
+      const bool was_short_elsewhere = fault == tests::Fault::writes_half && at != 1;
       EXPECT_EQ(faulty.changes(), was_short_elsewhere ? undisturbed : undisturbed + 1) << at;
     }
   }
+}
+
+TEST(OutputFile, ends_with_what_is_always_interrupted_or_takes_nothing) {
+  const Scratch scratch;
+  tests::FaultyFileSystem interrupting(tests::Fault::fails_from, 1, std::make_error_code(std::errc::interrupted));
+  {
+    const FixedFileSystem fixed(interrupting);
+    const auto file = OutputFile::create(scratch.path());
+    ASSERT_NE(file, nullptr);
+    EXPECT_THROW(file->sync(), std::system_error);
+    EXPECT_GT(interrupting.changes(), 100) << "a signal or two are waited for";
+    EXPECT_FALSE(remove_file(scratch.path()));
+  }
+  tests::FaultyFileSystem taking_nothing(tests::Fault::writes_nothing, 1);
+  const FixedFileSystem fixed(taking_nothing);
+  const auto file = OutputFile::create(scratch.path());
+  ASSERT_NE(file, nullptr);
+  file->write("text");
+  EXPECT_THROW(file->flush(), std::system_error);
 }
 
 TEST(OutputFile, that_was_not_closed_as_it_should_says_so) {

@@ -1,5 +1,5 @@
 // A file system that fails, or stops as if the process had died, at one call of those that change a disk: opening to
-// write, writing, cutting, syncing, closing what was written, giving attributes, giving names, syncing a folder,
+// write, writing, cutting, syncing, closing what was written, giving attributes, names and notes, syncing a folder,
 // removing. Reading goes on whatever happens, unless it is told to fail. It does not wait for the disk, since nothing
 // here takes the power away.
 #pragma once
@@ -11,21 +11,26 @@
 #include <string>
 #include <system_error>
 #include <utility>
+#include <vector>
 
-#include "platform/file_system.h"
+#include "platform/forwarding_file_system.h"
 
 namespace vellobar::tests {
 
 enum class Fault {
   none,
-  fails,         ///< the one call does nothing and returns the failure
-  fails_from,    ///< so do all calls behind it
-  writes_short,  ///< a write writes the first half of its bytes; other calls are as always
-  dies_before,   ///< the call and all behind it do nothing
-  dies_after,    ///< the call is made, and all behind it do nothing
+  fails,       ///< the one call does nothing and returns the failure
+  fails_from,  ///< so do all calls behind it
+  // The one call, when it is a write, writes less than it was given and says so; any other is as always.
+  writes_nothing,
+  writes_one_byte,
+  writes_half,
+  writes_all_but_one_byte,
+  dies_before,  ///< the call and all behind it do nothing
+  dies_after,   ///< the call is made, and all behind it do nothing
 };
 
-class FaultyFileSystem final : public platform::FileSystem {
+class FaultyFileSystem final : public platform::ForwardingFileSystem {
  public:
   /// The fault comes at the change of this number, counted from 0.
   explicit FaultyFileSystem(Fault fault = Fault::none, std::int64_t at = -1,
@@ -34,11 +39,16 @@ class FaultyFileSystem final : public platform::FileSystem {
   /// From now on nothing at or behind this position can be read.
   void fail_reads_from(std::int64_t position) { unreadable_from_ = position; }
 
+  /// From now on no file has room for a note.
+  void keep_no_notes() { keeps_notes_ = false; }
+
   /// Calls this before each change, with its number.
   void before_each_change(std::function<void(std::int64_t)> action) { before_change_ = std::move(action); }
 
   /// Changes so far, whether they were made or not.
   std::int64_t changes() const { return changes_; }
+  /// The numbers of those that were writes.
+  const std::vector<std::int64_t>& writes() const { return writes_; }
 
   std::error_code open(const std::string& path, platform::Opening how, platform::OpenFile& file) noexcept override;
   std::error_code read(platform::OpenFile file, std::int64_t position, void* to, std::size_t count,
@@ -54,20 +64,22 @@ class FaultyFileSystem final : public platform::FileSystem {
   std::error_code make_unique(const std::string& folder, const std::string& prefix,
                               std::string& path) noexcept override;
   std::error_code sync_folder_of(const std::string& path) noexcept override;
+  std::error_code leave_note(const std::string& path, const std::string& text) noexcept override;
   std::error_code remove(const std::string& path) noexcept override;
 
  private:
   template <typename Call>
   std::error_code change(Call call) noexcept;
 
-  platform::FileSystem& real_ = platform::real_file_system();
   Fault fault_;
   std::int64_t at_;
   std::error_code failure_;
   std::int64_t unreadable_from_ = std::numeric_limits<std::int64_t>::max();
   std::function<void(std::int64_t)> before_change_;
   std::int64_t changes_ = 0;
+  std::vector<std::int64_t> writes_;
   bool is_dead_ = false;
+  bool keeps_notes_ = true;
   std::set<platform::OpenFile> written_;
 };
 

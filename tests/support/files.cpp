@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <fstream>
 #include <random>
-#include <sstream>
 #include <stdexcept>
 
 namespace vellobar::tests {
@@ -65,11 +64,13 @@ std::vector<std::string> TemporaryFolder::names() const {
 }
 
 std::string read_file(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
+  std::ifstream file(path, std::ios::binary | std::ios::ate);
   if (!file) throw std::runtime_error("cannot read " + path);
-  std::ostringstream content;
-  content << file.rdbuf();
-  return std::move(content).str();
+  std::string content(static_cast<std::size_t>(file.tellg()), '\0');
+  file.seekg(0);
+  file.read(content.data(), static_cast<std::streamsize>(content.size()));
+  content.resize(static_cast<std::size_t>(file.gcount()));
+  return content;
 }
 
 void write_file(const std::string& path, std::string_view content) { put(path, content, std::ios::trunc); }

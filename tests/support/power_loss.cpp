@@ -21,19 +21,20 @@ void put(std::string& content, std::size_t position, std::string_view bytes) {
   content.replace(position, bytes.size(), bytes);
 }
 
-void make_now(std::string& content, const Change& change) {
+void make_now(Disk::Stored& stored, const Change& change) {
   const std::size_t position = static_cast<std::size_t>(change.position);
-  if (change.kind == Kind::truncate) content.resize(position, '\0');
-  if (change.kind == Kind::write) put(content, position, change.bytes);
+  if (change.kind == Kind::truncate) stored.content.resize(position, '\0');
+  if (change.kind == Kind::write) put(stored.content, position, change.bytes);
+  if (change.kind == Kind::note) stored.note = change.bytes;
 }
 
 /// Writes some of the sectors of a write, each one wholly.
-void make_torn(std::string& content, const Change& change, std::mt19937& random) {
+void make_torn(Disk::Stored& stored, const Change& change, std::mt19937& random) {
   const std::size_t begin = static_cast<std::size_t>(change.position);
   const std::size_t end = begin + change.bytes.size();
   for (std::size_t at = begin; at < end;) {
     const std::size_t next = std::min(end, (at / kSector + 1) * kSector);
-    if (roll(random, 2) == 0) put(content, at, std::string_view(change.bytes).substr(at - begin, next - at));
+    if (roll(random, 2) == 0) put(stored.content, at, std::string_view(change.bytes).substr(at - begin, next - at));
     at = next;
   }
 }
@@ -66,7 +67,7 @@ Disk::Disk(const std::vector<std::string>& paths) {
     const auto link = std::find_if(synced_.begin(), synced_.end(),
                                    [&](const auto& entry) { return platform::same_file(entry.first, path); });
     const int file = link != synced_.end() ? link->second : static_cast<int>(files_.size());
-    if (link == synced_.end()) files_[file].content = read_file(path);
+    if (link == synced_.end()) files_[file].stored = {read_file(path), platform::note_on(path)};
     synced_[path] = file;
   }
   seen_ = synced_;
@@ -76,10 +77,11 @@ void Disk::make(const Change& change) {
   switch (change.kind) {
     case Kind::write:
     case Kind::truncate:
+    case Kind::note:
       files_[change.file].unsynced.push_back(change);
       break;
     case Kind::sync:
-      for (const Change& made : files_[change.file].unsynced) make_now(files_[change.file].content, made);
+      for (const Change& made : files_[change.file].unsynced) make_now(files_[change.file].stored, made);
       files_[change.file].unsynced.clear();
       break;
     case Kind::create:
@@ -99,11 +101,11 @@ void Disk::make(const Change& change) {
 Disk::Image Disk::after_power_loss(std::mt19937& random) const {
   std::map<std::string, int> entries = synced_;
   make_perhaps(entries, unsynced_entries_, random, [](auto&, const Change&) {});
-  std::map<int, std::string> contents;
+  std::map<int, Stored> contents;
   for (const auto& [number, file] : files_) {
-    std::string& content = contents[number] = file.content;
-    make_perhaps(content, file.unsynced, random,
-                 [&](std::string& torn, const Change& change) { make_torn(torn, change, random); });
+    Stored& stored = contents[number] = file.stored;
+    make_perhaps(stored, file.unsynced, random,
+                 [&](Stored& torn, const Change& change) { make_torn(torn, change, random); });
   }
   Image image;
   for (const auto& [name, file] : entries) image[name] = contents[file];
@@ -111,7 +113,7 @@ Disk::Image Disk::after_power_loss(std::mt19937& random) const {
 }
 
 std::error_code RecordingFileSystem::open(const std::string& path, Opening how, OpenFile& file) noexcept {
-  const std::error_code failure = real_.open(path, how, file);
+  const std::error_code failure = ForwardingFileSystem::open(path, how, file);
   if (failure || how == Opening::read || how == Opening::claim) return failure;
   const auto known = entries_.find(path);
   int number = known != entries_.end() ? known->second : 1000 + static_cast<int>(changes_.size());
@@ -125,13 +127,8 @@ std::error_code RecordingFileSystem::open(const std::string& path, Opening how, 
   return failure;
 }
 
-std::error_code RecordingFileSystem::read(OpenFile file, std::int64_t position, void* to, std::size_t count,
-                                          std::size_t& got) noexcept {
-  return real_.read(file, position, to, count, got);
-}
-
 std::error_code RecordingFileSystem::write(OpenFile file, std::string_view bytes, std::size_t& put_count) noexcept {
-  const std::error_code failure = real_.write(file, bytes, put_count);
+  const std::error_code failure = ForwardingFileSystem::write(file, bytes, put_count);
   Written& at = written_[file];
   changes_.push_back({Kind::write, at.file, at.position, std::string(bytes.substr(0, put_count)), {}, {}});
   at.position += static_cast<std::int64_t>(put_count);
@@ -139,7 +136,7 @@ std::error_code RecordingFileSystem::write(OpenFile file, std::string_view bytes
 }
 
 std::error_code RecordingFileSystem::resize(OpenFile file, std::int64_t expected, std::int64_t size) noexcept {
-  const std::error_code failure = real_.resize(file, expected, size);
+  const std::error_code failure = ForwardingFileSystem::resize(file, expected, size);
   if (!failure) changes_.push_back({Kind::truncate, written_[file].file, size, {}, {}, {}});
   return failure;
 }
@@ -151,16 +148,11 @@ std::error_code RecordingFileSystem::sync(OpenFile file) noexcept {
 
 std::error_code RecordingFileSystem::close(OpenFile file) noexcept {
   written_.erase(file);
-  return real_.close(file);
-}
-
-std::error_code RecordingFileSystem::copy_attributes(platform::Attributes which, const std::string& from,
-                                                     const std::string& to) noexcept {
-  return real_.copy_attributes(which, from, to);
+  return ForwardingFileSystem::close(file);
 }
 
 std::error_code RecordingFileSystem::rename(const std::string& from, const std::string& to) noexcept {
-  const std::error_code failure = real_.rename(from, to);
+  const std::error_code failure = ForwardingFileSystem::rename(from, to);
   if (failure) return failure;
   changes_.push_back({Kind::rename, entries_[from], 0, {}, from, to});
   entries_[to] = entries_[from];
@@ -169,17 +161,11 @@ std::error_code RecordingFileSystem::rename(const std::string& from, const std::
 }
 
 std::error_code RecordingFileSystem::link(const std::string& from, const std::string& to) noexcept {
-  const std::error_code failure = real_.link(from, to);
+  const std::error_code failure = ForwardingFileSystem::link(from, to);
   if (failure) return failure;
   changes_.push_back({Kind::link, entries_[from], 0, {}, from, to});
   entries_[to] = entries_[from];
   return failure;
-}
-
-std::error_code RecordingFileSystem::make_unique(const std::string& folder, const std::string& prefix,
-                                                 std::string& path) noexcept {
-  // No update makes such files, so none of them matters after a power loss.
-  return real_.make_unique(folder, prefix, path);
 }
 
 std::error_code RecordingFileSystem::sync_folder_of(const std::string&) noexcept {
@@ -187,8 +173,14 @@ std::error_code RecordingFileSystem::sync_folder_of(const std::string&) noexcept
   return {};
 }
 
+std::error_code RecordingFileSystem::leave_note(const std::string& path, const std::string& text) noexcept {
+  const std::error_code failure = ForwardingFileSystem::leave_note(path, text);
+  if (!failure) changes_.push_back({Kind::note, entries_[path], 0, text, {}, {}});
+  return failure;
+}
+
 std::error_code RecordingFileSystem::remove(const std::string& path) noexcept {
-  const std::error_code failure = real_.remove(path);
+  const std::error_code failure = ForwardingFileSystem::remove(path);
   const auto known = entries_.find(path);
   if (failure || known == entries_.end()) return failure;
   changes_.push_back({Kind::remove, known->second, 0, {}, path, {}});

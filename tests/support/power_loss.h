@@ -11,17 +11,17 @@
 #include <utility>
 #include <vector>
 
-#include "platform/file_system.h"
+#include "platform/forwarding_file_system.h"
 
 namespace vellobar::tests {
 
 /// One change that was made. Files are numbered, since a name may stand for one file now and for another one later.
 struct Change {
-  enum class Kind { create, write, truncate, sync, rename, link, remove, sync_folder };
+  enum class Kind { create, write, truncate, note, sync, rename, link, remove, sync_folder };
   Kind kind{};
   int file = -1;
   std::int64_t position = 0;  ///< where bytes were written, or the size at which the file was cut
-  std::string bytes;
+  std::string bytes;          ///< of a write or a note
   std::string name, new_name;
 };
 
@@ -34,13 +34,18 @@ class Disk {
   const std::map<std::string, int>& entries() const { return seen_; }
   void make(const Change& change);
 
-  using Image = std::map<std::string, std::string>;
-  /// Names and contents after a power loss now. Every call rolls the dice again.
+  /// What a file holds and the note that was left with it.
+  struct Stored {
+    std::string content, note;
+    auto operator<=>(const Stored&) const = default;
+  };
+  using Image = std::map<std::string, Stored>;
+  /// Names and what they stand for after a power loss now. Every call rolls the dice again.
   Image after_power_loss(std::mt19937& random) const;
 
  private:
   struct File {
-    std::string content;
+    Stored stored;
     std::vector<Change> unsynced;
   };
 
@@ -49,7 +54,7 @@ class Disk {
   std::vector<Change> unsynced_entries_;
 };
 
-class RecordingFileSystem final : public platform::FileSystem {
+class RecordingFileSystem final : public platform::ForwardingFileSystem {
  public:
   /// `paths` are the files that are there now.
   explicit RecordingFileSystem(const std::vector<std::string>& paths) : entries_(Disk(paths).entries()) {}
@@ -57,19 +62,14 @@ class RecordingFileSystem final : public platform::FileSystem {
   const std::vector<Change>& changes() const { return changes_; }
 
   std::error_code open(const std::string& path, platform::Opening how, platform::OpenFile& file) noexcept override;
-  std::error_code read(platform::OpenFile file, std::int64_t position, void* to, std::size_t count,
-                       std::size_t& got) noexcept override;
   std::error_code write(platform::OpenFile file, std::string_view bytes, std::size_t& put) noexcept override;
   std::error_code resize(platform::OpenFile file, std::int64_t expected, std::int64_t size) noexcept override;
   std::error_code sync(platform::OpenFile file) noexcept override;
   std::error_code close(platform::OpenFile file) noexcept override;
-  std::error_code copy_attributes(platform::Attributes which, const std::string& from,
-                                  const std::string& to) noexcept override;
   std::error_code rename(const std::string& from, const std::string& to) noexcept override;
   std::error_code link(const std::string& from, const std::string& to) noexcept override;
-  std::error_code make_unique(const std::string& folder, const std::string& prefix,
-                              std::string& path) noexcept override;
   std::error_code sync_folder_of(const std::string& path) noexcept override;
+  std::error_code leave_note(const std::string& path, const std::string& text) noexcept override;
   std::error_code remove(const std::string& path) noexcept override;
 
  private:
@@ -78,7 +78,6 @@ class RecordingFileSystem final : public platform::FileSystem {
     std::int64_t position;
   };
 
-  platform::FileSystem& real_ = platform::real_file_system();
   std::map<std::string, int> entries_;
   std::map<platform::OpenFile, Written> written_;
   std::vector<Change> changes_;

@@ -1,11 +1,13 @@
 #include "tests/support/update_cases.h"
 
+#include <algorithm>
 #include <filesystem>
 
 #include "headers/header.h"
 #include "headers/headers.h"
 #include "mailbox/message.h"
 #include "mailbox/messages.h"
+#include "platform/file_system.h"
 #include "platform/staging_files.h"
 
 namespace vellobar::tests {
@@ -108,21 +110,33 @@ std::vector<MailboxShape> swept_shapes() { return swept(mailbox_shapes()); }
 
 std::vector<MailboxEdit> swept_edits() { return swept(mailbox_edits()); }
 
+const char* name_of(Way way) noexcept {
+  if (way == Way::by_renaming) return "by_renaming";
+  return way == Way::over_the_old_one ? "over_the_old_one" : "staged_elsewhere";
+}
+
 MailboxToBreak::MailboxToBreak(Way way)
-    : folder_(Medium::memory), temporary_(Medium::memory), fixed_(temporary_.path("")), path_(folder_.file("box", "")) {
+    : folder_(Medium::memory),
+      temporary_(Medium::memory),
+      elsewhere_(Medium::memory),
+      fixed_(temporary_.path("")),
+      path_(folder_.file("box", "")) {
   if (way == Way::staged_elsewhere) fs::create_directory(platform::staging_files_beside(path_).fresh);
   if (way != Way::over_the_old_one) return;
-  link_ = folder_.path("link");
-  fs::create_hard_link(path_, link_);
+  near_link_ = folder_.path("link");
+  far_link_ = elsewhere_.path("box");
+  fs::create_hard_link(path_, near_link_);
+  fs::create_hard_link(path_, far_link_);
 }
 
 std::vector<std::string> MailboxToBreak::paths() const {
   std::vector<std::string> paths;
   for (const TemporaryFolder* folder : {&folder_, &temporary_}) {
-    for (const std::string& name : folder->names()) {
-      if (!fs::is_directory(folder->path(name))) paths.push_back(folder->path(name));
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder->path(""))) {
+      if (!entry.is_directory()) paths.push_back(entry.path().string());
     }
   }
+  std::sort(paths.begin(), paths.end());
   return paths;
 }
 
@@ -134,15 +148,23 @@ std::vector<std::string> MailboxToBreak::leftovers() const {
   return leftovers;
 }
 
+bool MailboxToBreak::keeps_notes() const {
+  platform::FileSystem& files = platform::real_file_system();
+  const bool keeps = !files.leave_note(path_, "a note") && platform::note_on(path_) == "a note";
+  static_cast<void>(files.leave_note(path_, {}));
+  return keeps;
+}
+
 void MailboxToBreak::reset(const std::string& content) {
   for (const std::string& path : paths()) {
-    if (path != path_ && path != link_) fs::remove(path);
+    if (path != path_ && path != near_link_) fs::remove(path);
   }
+  static_cast<void>(platform::real_file_system().leave_note(path_, {}));
   write_file(path_, content);
 }
 
-void MailboxToBreak::lock(CVellobar& control) const {
-  control.SetFilename(wide(path_));
+void MailboxToBreak::lock(CVellobar& control, const std::string& name) const {
+  control.SetFilename(wide(name));
   control.Lock();
 }
 

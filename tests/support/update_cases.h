@@ -45,6 +45,8 @@ enum class Way {
   over_the_old_one,  ///< the file has a second hard link
   staged_elsewhere,  ///< no file can be made beside the mailbox
 };
+/// As a part of a test's name.
+const char* name_of(Way way) noexcept;
 inline constexpr Way kWays[] = {Way::by_renaming, Way::over_the_old_one, Way::staged_elsewhere};
 
 /// A folder with one mailbox, which can be given the same content again and again, and a folder for temporary files.
@@ -53,6 +55,11 @@ class MailboxToBreak {
   explicit MailboxToBreak(Way way);
 
   const std::string& path() const { return path_; }
+  /// The other names of a mailbox that has some: in the same folder and in another one.
+  const std::string& near_link() const { return near_link_; }
+  const std::string& far_link() const { return far_link_; }
+  /// Whether its file system keeps notes.
+  bool keeps_notes() const;
   /// Makes this the content of the mailbox and removes every other file.
   void reset(const std::string& content);
   std::string content() const { return read_file(path_); }
@@ -61,14 +68,15 @@ class MailboxToBreak {
   /// Those of them that belong to a replacement that was not finished.
   std::vector<std::string> leftovers() const;
 
-  /// Opens the mailbox.
-  void lock(CVellobar& control) const;
+  /// Opens the mailbox, by its first name or another one.
+  void lock(CVellobar& control) const { lock(control, path_); }
+  void lock(CVellobar& control, const std::string& name) const;
 
  private:
   TemporaryFolder folder_;
-  TemporaryFolder temporary_;
+  TemporaryFolder temporary_, elsewhere_;
   platform::FixedTemporaryFolder fixed_;
-  std::string path_, link_;
+  std::string path_, near_link_, far_link_;
 };
 
 }  // namespace vellobar::tests
