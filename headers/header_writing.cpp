@@ -6,6 +6,7 @@
 #include "headers/header.h"
 #include "headers/headers.h"
 #include "headers/made_headers.h"
+#include "headers/written_line.h"
 #include "platform/ascii.h"
 #include "platform/code_page.h"
 #include "platform/file.h"
@@ -34,16 +35,22 @@ class WrittenHeaders {
       bytes_ += platform::narrow(platform::kThreadCodePage, widen(piece));
     }
   }
-  void end_header() { bytes_ += platform::kLineEnd; }
+  void end_header() {
+    bytes_ += platform::kLineEnd;
+    headers::keep_readable(bytes_, begin_);
+    begin_ = bytes_.size();
+  }
 
   std::string& bytes() { return bytes_; }
   void write_to(platform::ByteSink& sink) {
     sink.write(bytes_);
     bytes_.clear();
+    begin_ = 0;
   }
 
  private:
   std::string bytes_;
+  std::size_t begin_ = 0;  ///< of the header being written
 };
 
 }  // namespace

@@ -103,7 +103,7 @@ class CHeaders {
   /// How many bytes that is, at most, while none of the headers is an object.
   std::size_t most_bytes() const;
 
-  /// What ToString says, as the bytes that are written to a file.
+  /// What ToString says, as the bytes that are written to a file: lines of nearly the longest length keep within it.
   std::string to_bytes() const;
   /// Writes them, never held all at once.
   void write_to(platform::ByteSink& sink) const;
