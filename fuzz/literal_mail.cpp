@@ -22,6 +22,28 @@ std::string_view cut_at_line_end(std::string_view line) {
   return cut(line);
 }
 
+/// A line as it is written: with CR LF, or in the first shorter way that keeps it readable.
+std::string written_line(const std::string& line, std::size_t blank_to_drop) {
+  std::vector<std::string> ways{line + "\r\n", line + "\n"};
+  if (blank_to_drop != 0) ways.push_back(std::string(line).erase(blank_to_drop, 1) + "\n");
+  for (const std::string& way : ways) {
+    if (way.size() < kLongestLine) return way;
+  }
+  return ways.front();
+}
+
+std::string written_header(const std::string& name, const std::string& value) {
+  std::string header;
+  const std::string whole = name + ": " + value + "\r\n";
+  for (std::size_t at = 0; at < whole.size();) {
+    const std::size_t end = whole.find("\r\n", at);
+    const bool has_blank_to_drop = at == 0 && !value.starts_with(' ');
+    header += written_line(whole.substr(at, end - at), has_blank_to_drop ? name.size() + 1 : 0);
+    at = end + 2;
+  }
+  return header;
+}
+
 }  // namespace
 
 LiteralBlock read_block(std::string_view file, std::size_t from) {
@@ -55,7 +77,7 @@ LiteralBlock read_block(std::string_view file, std::size_t from) {
 
 std::string written(const std::vector<std::pair<std::string, std::string>>& headers) {
   std::string text;
-  for (const auto& [name, value] : headers) text += name + ": " + value + "\r\n";
+  for (const auto& [name, value] : headers) text += written_header(name, value);
   return text;
 }
 

@@ -11,8 +11,6 @@ namespace {
 
 std::atomic<std::uint64_t> edits_in_process{0};
 
-void note_edit() { edits_in_process.fetch_add(1, std::memory_order_relaxed); }
-
 }  // namespace
 
 CHeader::CHeader(OwnerLink owner, std::u16string name, std::u16string value)
@@ -50,9 +48,14 @@ bool CHeader::parse_line(std::u16string_view line) {
   return true;
 }
 
-void CHeader::continue_value(std::u16string_view line) {
-  value_.append(u"\r\n").append(line);
-  note_edit();
+void CHeader::leave() noexcept {
+  has_line_ = false;
+  kept_.reset();
+}
+
+void CHeader::note_edit() {
+  if (has_line_) keep();
+  edits_in_process.fetch_add(1, std::memory_order_relaxed);
 }
 
 std::uint64_t CHeader::edits() noexcept { return edits_in_process.load(std::memory_order_relaxed); }

@@ -83,6 +83,7 @@ CHeaders* CMessage::load_headers() {
   }
   // A block that ends before it began is read as body: nothing of it is lost.
   body_offset_ = reader.position();
+  block->start_reading();
   for (;;) {
     const std::string_view whole = reader.next();
     if (whole.size() == headers::kLongestLine || reader.failed()) return nullptr;
@@ -93,6 +94,7 @@ CHeaders* CMessage::load_headers() {
     } else if (block->Count() > 0) {
       block->continue_last(line);
     } else {
+      block->finish_reading();
       headers_ = std::move(block);
       return headers_.get();
     }

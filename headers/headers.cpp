@@ -1,10 +1,12 @@
 #include "headers/headers.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "errors/error.h"
 #include "headers/header.h"
+#include "headers/made_headers.h"
 #include "mailbox/vellobar.h"
 #include "mime/encoded_word.h"
 #include "platform/ascii.h"
@@ -17,13 +19,6 @@ namespace {
 
 std::u16string widen(std::string_view bytes) { return platform::widen(platform::kThreadCodePage, bytes); }
 
-template <typename Character>
-bool equal_without_case(std::basic_string_view<Character> name, std::u16string_view lower_wanted) {
-  return std::equal(
-      name.begin(), name.end(), lower_wanted.begin(), lower_wanted.end(),
-      [](Character c, char16_t wanted) { return static_cast<char16_t>(platform::lower_ascii(c)) == wanted; });
-}
-
 /// A wanted name, folded once. Printable ASCII, which is nearly every name there is, is compared as it stands; anything
 /// else goes through the platform's case folding and comparison.
 class WantedName {
@@ -31,22 +26,24 @@ class WantedName {
   explicit WantedName(std::u16string_view name)
       : ascii_(platform::is_printable_ascii(name)), folded_(platform::fold_case(name)) {}
 
-  /// For a name of printable ASCII.
-  explicit WantedName(std::string_view name) : ascii_(true), folded_(name.size(), u'\0') {
-    std::transform(name.begin(), name.end(), folded_.begin(), platform::lower_ascii<char>);
-  }
-
   bool matches(std::string_view name) const {
-    if (ascii_ && platform::is_printable_ascii(name)) return equal_without_case(name, folded_);
+    if (ascii_ && platform::is_printable_ascii(name)) return equal_without_case(name);
     return platform::equal_in_user_locale(platform::fold_case(widen(name)), folded_);
   }
 
   bool matches(std::u16string_view name) const {
-    if (ascii_ && platform::is_printable_ascii(name)) return equal_without_case(name, folded_);
+    if (ascii_ && platform::is_printable_ascii(name)) return equal_without_case(name);
     return platform::equal_in_user_locale(platform::fold_case(name), folded_);
   }
 
  private:
+  template <typename Character>
+  bool equal_without_case(std::basic_string_view<Character> name) const {
+    return std::equal(name.begin(), name.end(), folded_.begin(), folded_.end(), [](Character c, char16_t wanted) {
+      return static_cast<char16_t>(platform::lower_ascii(c)) == wanted;
+    });
+  }
+
   bool ascii_;
   std::u16string folded_;
 };
@@ -59,19 +56,12 @@ std::string through_process_code_page(std::string_view bytes) {
   return platform::narrow(code_page, widen(bytes));
 }
 
-/// A block this long grows by a quarter, not by itself again.
+/// A block of more headers than this has its places listed when their number is known, in one piece of memory that
+/// need not grow.
+constexpr std::size_t kListedAtOnce = 4096;
+
+/// A text this long is not kept for the next call as well.
 constexpr std::size_t kLong = std::size_t{1} << 18;
-
-template <typename Sequence>
-void make_room(Sequence& sequence, std::size_t more) {
-  const std::size_t needed = sequence.size() + more;
-  if (needed > kLong && needed > sequence.capacity()) sequence.reserve(needed + needed / 4);
-}
-
-template <typename Sequence>
-void give_back_room(Sequence& sequence) {
-  if (sequence.capacity() - sequence.size() > kLong / 4) sequence.shrink_to_fit();
-}
 
 }  // namespace
 
@@ -81,27 +71,26 @@ CHeaders::CHeaders(OwnerLink owner) : owner_(std::move(owner)) {}
 
 CHeaders::~CHeaders() = default;
 
-std::string_view CHeaders::stored_name(const Entry& entry) const {
-  return std::string_view(text_).substr(entry.name_at, entry.name_size);
+CHeaders::Entry CHeaders::entry_at(std::size_t position) const {
+  const std::size_t place = place_at(position);
+  return {place, made_ ? made_->find(place) : nullptr};
 }
 
-std::string_view CHeaders::stored_value(const Entry& entry) const {
-  return std::string_view(text_).substr(entry.value_at, entry.value_size);
-}
-
-std::u16string CHeaders::name_of(const Entry& entry) const {
-  return entry.object ? entry.object->Name() : widen(stored_name(entry));
-}
-
-std::u16string CHeaders::value_of(const Entry& entry) const {
-  return entry.object ? entry.object->Value() : widen(stored_value(entry));
+headers::MadeHeaders& CHeaders::made() {
+  if (!made_) made_ = std::make_unique<headers::MadeHeaders>();
+  return *made_;
 }
 
 std::shared_ptr<CHeader> CHeaders::object_at(std::size_t position) {
-  Entry& entry = items_[position];
-  if (!entry.object) entry.object = std::make_shared<CHeader>(owner_, name_of(entry), value_of(entry));
+  const std::size_t place = place_at(position);
+  std::shared_ptr<CHeader> header = made().find(place);
+  if (!header) {
+    const headers::Line line = text_.line_at(place);
+    header = std::make_shared<CHeader>(owner_, widen(line.name), widen(line.value));
+    made().add(place, header);
+  }
   is_changed_ = true;
-  return entry.object;
+  return header;
 }
 
 std::size_t CHeaders::checked(std::int64_t position) const {
@@ -124,74 +113,42 @@ bool CHeaders::Exists(std::int64_t position) const { return position >= 0 && pos
 bool CHeaders::Exists(std::u16string_view name) const { return find(name) != npos; }
 
 std::size_t CHeaders::find(std::u16string_view name, std::size_t from) const {
+  if (text_.has_plain_names() && platform::is_printable_ascii(name)) return find(platform::narrow_ascii(name), from);
   const WantedName wanted(name);
-  return find_from(from, [&](const auto& held) { return wanted.matches(held); });
+  for (std::size_t position = from; position < places_.size(); ++position) {
+    const Entry entry = entry_at(position);
+    if (entry.object ? wanted.matches(entry.object->Name()) : wanted.matches(text_.name_at(entry.place))) {
+      return position;
+    }
+  }
+  return npos;
 }
 
 std::size_t CHeaders::find(std::string_view ascii_name, std::size_t from) const {
-  const WantedName wanted(ascii_name);
-  return find_from(from, [&](const auto& held) { return wanted.matches(held); });
-}
-
-template <typename Matches>
-std::size_t CHeaders::find_from(std::size_t from, Matches matches) const {
-  const auto begin = items_.begin() + static_cast<std::ptrdiff_t>(std::min(from, items_.size()));
-  const auto found = std::find_if(begin, items_.end(), [&](const Entry& entry) {
-    return entry.object ? matches(std::u16string_view(entry.object->Name())) : matches(stored_name(entry));
-  });
-  return found == items_.end() ? npos : static_cast<std::size_t>(found - items_.begin());
-}
-
-std::size_t CHeaders::most_bytes() const { return text_.size() + items_.size() * 3; }
-
-/// The pieces of each header in the process code page, line ends included.
-template <typename Take>
-void CHeaders::for_each_line(Take take) const {
-  const int code_page = platform::process_code_page();
-  const bool keeps_ascii = platform::keeps_ascii(code_page);
-  for (const Entry& entry : items_) {
-    const std::string_view name = stored_name(entry), value = stored_value(entry);
-    // A header is converted as a whole, as CHeader::ToString does: some code pages carry state from name to value.
-    if (entry.object) {
-      take(platform::narrow(code_page, entry.object->Name() + u": " + entry.object->Value()));
-    } else if (keeps_ascii && platform::is_ascii(name) && platform::is_ascii(value)) {
-      take(name);
-      take(": ");
-      take(value);
-    } else {
-      take(platform::narrow(code_page, widen(std::string(name).append(": ").append(value))));
-    }
-    take(platform::kLineEnd);
+  if (!text_.has_plain_names()) return find(platform::widen_ascii(ascii_name), from);
+  const std::size_t changed = find_changed(ascii_name, from);
+  // The colon ends a name that was read.
+  const bool is_in_text = ascii_name.find(':') == std::string_view::npos;
+  const std::size_t end = is_in_text ? std::min(changed, places_.size()) : from;
+  for (std::size_t position = from; position < end; ++position) {
+    const std::size_t place = place_at(position);
+    if (text_.has_name(place, ascii_name) && !(made_ && made_->is_changed(place))) return position;
   }
+  return changed;
 }
 
-std::u16string CHeaders::ToString() const {
-  std::u16string text;
-  text.reserve(most_bytes());
-  append_text(text);
-  return text;
-}
-
-void CHeaders::append_text(std::u16string& to) const {
-  for_each_line([&](std::string_view piece) { platform::append_widened(platform::kThreadCodePage, piece, to); });
-}
-
-std::string CHeaders::to_bytes() const {
-  std::string bytes;
-  bytes.reserve(most_bytes());
-  for_each_line([&](std::string_view piece) {
-    if (platform::is_ascii(piece)) {
-      bytes += piece;
-    } else {
-      bytes += platform::narrow(platform::kThreadCodePage, widen(piece));
-    }
-  });
-  return bytes;
+/// The first of the headers whose names may be other ones than those in the text.
+std::size_t CHeaders::find_changed(std::string_view ascii_name, std::size_t from) const {
+  if (!made_ || from >= places_.size()) return npos;
+  const WantedName wanted(platform::widen_ascii(ascii_name));
+  const std::optional<std::size_t> place =
+      made_->find_changed(place_at(from), [&](const std::u16string& name) { return wanted.matches(name); });
+  return place ? places_.position_of(*place) : npos;
 }
 
 std::shared_ptr<CHeader> CHeaders::Add(std::u16string_view name, std::u16string_view value) {
   append(name, value);
-  std::shared_ptr<CHeader> added = object_at(items_.size() - 1);
+  std::shared_ptr<CHeader> added = object_at(places_.size() - 1);
   mark_changed(owner_);
   return added;
 }
@@ -207,15 +164,15 @@ void CHeaders::Remove(std::u16string_view name) {
 }
 
 void CHeaders::Remove(const CHeader& header) {
-  const auto found =
-      std::find_if(items_.begin(), items_.end(), [&](const Entry& entry) { return entry.object.get() == &header; });
-  if (found == items_.end()) throw Error(Status::invalid_argument);
-  erase(static_cast<std::size_t>(found - items_.begin()));
+  const std::optional<std::size_t> place = made_ ? made_->place_of(header) : std::nullopt;
+  if (!place) throw Error(Status::invalid_argument);
+  erase(places_.position_of(*place));
   mark_changed(owner_);
 }
 
 void CHeaders::RemoveAll() {
-  items_.clear();
+  places_.clear();
+  made_.reset();
   text_.clear();
   is_changed_ = true;
   forget_decoded();
@@ -224,11 +181,12 @@ void CHeaders::RemoveAll() {
 
 void CHeaders::FromString(std::u16string_view headers_data) {
   const std::string text = platform::narrow(platform::process_code_page(), headers_data) + "\r\n";
-  const std::size_t count = items_.size();
+  const std::size_t count = places_.size();
   try {
     add_lines(text);
   } catch (...) {
-    items_.resize(count);
+    for (std::size_t added = count; made_ && added < places_.size(); ++added) made_->erase(place_at(added));
+    places_.cut(count);
     throw;
   }
 }
@@ -247,59 +205,65 @@ void CHeaders::add_lines(std::string_view text) {
 void CHeaders::add_line(std::string_view line) {
   const std::size_t colon = line.find(':');
   if (colon == std::string_view::npos) return;
-  std::size_t value = colon + 1;
-  if (value < line.size() && line[value] == ' ') ++value;
-  const std::size_t at = text_.size();
-  make_room(text_, line.size());
-  make_room(items_, 1);
-  text_ += line;
-  items_.push_back({at, colon, at + value, line.size() - value, nullptr});
+  if (headers::HeaderText::can_keep(line)) {
+    const std::size_t place = text_.add(line, colon);
+    if (is_reading_ && places_.size() == kListedAtOnce) {
+      ++unlisted_;
+    } else {
+      places_.push_back(place);
+    }
+  } else {
+    const headers::Line parts = headers::split(line, colon);
+    append_object(std::make_shared<CHeader>(owner_, widen(parts.name), widen(parts.value)));
+  }
   is_changed_ = true;
   forget_decoded();
 }
 
 void CHeaders::finish_reading() {
-  give_back_room(text_);
-  give_back_room(items_);
+  text_.shrink_to_fit();
+  list_rest();
+  is_reading_ = false;
   is_changed_ = false;
 }
 
+void CHeaders::list_rest() {
+  if (unlisted_ == 0) return;
+  places_.reserve(places_.size() + unlisted_);
+  std::size_t place = place_at(places_.size() - 1);
+  for (; unlisted_ > 0; --unlisted_) places_.push_back(place = text_.place_behind(place));
+}
+
 void CHeaders::continue_last(std::string_view line) {
-  Entry& last = items_.back();
-  if (last.object) {
-    last.object->continue_value(widen(line));
-    return;
-  }
-  // The last header that was read ends where the text ends, so its value grows in place.
-  make_room(text_, platform::kLineEnd.size() + line.size());
-  text_ += platform::kLineEnd;
-  text_ += line;
+  text_.lengthen_last(line);
   is_changed_ = true;
-  last.value_size += platform::kLineEnd.size() + line.size();
   forget_decoded();
 }
 
 std::string CHeaders::narrow_value(std::size_t position) const {
-  const Entry& entry = items_[position];
+  const Entry entry = entry_at(position);
   if (entry.object) return platform::narrow(platform::process_code_page(), entry.object->Value());
-  return through_process_code_page(stored_value(entry));
+  return through_process_code_page(text_.value_at(entry.place));
 }
 
 std::string CHeaders::narrow_lower_name(std::size_t position) const {
-  return platform::narrow(platform::process_code_page(), platform::fold_case(name_of(items_[position])));
+  return platform::narrow(platform::process_code_page(), platform::fold_case(name(position)));
 }
 
 // Bytes beyond ASCII are seen through the code page of the thread that asks, which may be another one each time.
-bool CHeaders::depends_on_thread(const Entry& entry) const {
-  return !entry.object && !platform::is_ascii(stored_value(entry));
+bool CHeaders::depends_on_thread(std::size_t position) const {
+  const Entry entry = entry_at(position);
+  return (!entry.object || !entry.object->is_kept()) && !platform::is_ascii(text_.value_at(entry.place));
 }
 
 /// A stored value is not copied for it: values can be long.
 std::u16string CHeaders::decode(std::size_t position) const {
-  const Entry& entry = items_[position];
-  const bool is_plain =
-      !entry.object && platform::is_ascii(stored_value(entry)) && platform::keeps_ascii(platform::process_code_page());
-  return is_plain ? mime::decode_header_value(stored_value(entry)) : mime::decode_header_value(narrow_value(position));
+  const Entry entry = entry_at(position);
+  if (!entry.object && platform::keeps_ascii(platform::process_code_page())) {
+    const std::string_view value = text_.value_at(entry.place);
+    if (platform::is_ascii(value)) return mime::decode_header_value(value);
+  }
+  return mime::decode_header_value(narrow_value(position));
 }
 
 const std::u16string& CHeaders::decoded(std::string_view ascii_name) {
@@ -316,7 +280,7 @@ const std::u16string& CHeaders::decoded(std::string_view ascii_name) {
   last.name = ascii_name;
   last.edits = edits;
   last.code_page = code_page;
-  last.is_kept = !is_there || !depends_on_thread(items_[position]);
+  last.is_kept = !is_there || !depends_on_thread(position);
   return last.text;
 }
 
@@ -327,24 +291,38 @@ std::u16string CHeaders::take_decoded(std::string_view ascii_name) {
   return std::exchange(decoded_->text, {});
 }
 
-std::u16string CHeaders::name(std::size_t position) const { return name_of(items_[position]); }
+std::u16string CHeaders::name(std::size_t position) const {
+  const Entry entry = entry_at(position);
+  return entry.object ? entry.object->Name() : widen(text_.name_at(entry.place));
+}
 
-std::u16string CHeaders::value(std::size_t position) const { return value_of(items_[position]); }
+std::u16string CHeaders::value(std::size_t position) const {
+  const Entry entry = entry_at(position);
+  return entry.object ? entry.object->Value() : widen(text_.value_at(entry.place));
+}
 
 void CHeaders::set_value(std::size_t position, std::u16string_view value) { object_at(position)->store_value(value); }
 
 void CHeaders::erase(std::size_t position) {
-  items_.erase(items_.begin() + static_cast<std::ptrdiff_t>(position));
+  if (made_) made_->erase(place_at(position));
+  places_.erase(position);
   is_changed_ = true;
   forget_decoded();
 }
 
 void CHeaders::append(std::u16string_view name, std::u16string_view value) {
-  Entry entry;
-  entry.object = std::make_shared<CHeader>(owner_, std::u16string(name), std::u16string(value));
-  items_.push_back(std::move(entry));
+  append_object(std::make_shared<CHeader>(owner_, std::u16string(name), std::u16string(value)));
   is_changed_ = true;
   forget_decoded();
+}
+
+// The place comes last: until it is there, nothing was added.
+void CHeaders::append_object(const std::shared_ptr<CHeader>& header) {
+  headers::MadeHeaders& objects = made();
+  const std::size_t place = text_.add_gap();
+  objects.add(place, header);
+  places_.push_back(place);
+  header->keep();
 }
 
 }  // namespace vellobar

@@ -1,7 +1,7 @@
 // The header block of a message or part as an ordered, editable collection; duplicates are allowed. What was read from
-// a file is kept as one block of bytes, and a header becomes an object only when somebody asks for it; from then on
-// that object is the header. Edits by a client (Add, Remove, RemoveAll, and the puts of CHeader) tell the owning
-// control; reading tells nobody.
+// a file is kept as one block of bytes, and a header is an object only while a client holds it, or once its name or
+// value was put; then that object is the header. Edits by a client (Add, Remove, RemoveAll, and the puts of CHeader)
+// tell the owning control; reading tells nobody.
 #pragma once
 
 #include <cstddef>
@@ -11,14 +11,22 @@
 #include <string>
 #include <string_view>
 #include <utility>
-#include <vector>
 
+#include "headers/header_text.h"
+#include "headers/place_table.h"
 #include "mailbox/item_iterator.h"
 #include "mailbox/owner.h"
 
 namespace vellobar {
 
 class CHeader;
+
+namespace headers {
+class MadeHeaders;
+}
+namespace platform {
+class ByteSink;
+}
 
 class CHeaders {
  public:
@@ -28,7 +36,7 @@ class CHeaders {
   CHeaders(const CHeaders&) = delete;
   CHeaders& operator=(const CHeaders&) = delete;
 
-  std::int64_t Count() const { return static_cast<std::int64_t>(items_.size()); }
+  std::int64_t Count() const { return static_cast<std::int64_t>(places_.size() + unlisted_); }
 
   /// The header at a position counted from 0, or the first one of a name, compared without regard to case.
   /// Status::invalid_argument when there is none.
@@ -58,9 +66,11 @@ class CHeaders {
   /// Parses one line without its line end and appends it: the name is all before the first colon, the value all behind
   /// it less one leading space. A line without a colon is ignored.
   void add_line(std::string_view line);
-  /// Lengthens the last header's value by CR LF and the line. There must be a header.
+  /// Lengthens the last header's value by CR LF and the line. That header must be a line that was just read.
   void continue_last(std::string_view line);
-  /// All lines of a block came; what is done from now on are changes.
+  /// The lines of a file's block come now, each cut at its first CR or LF.
+  void start_reading() { is_reading_ = true; }
+  /// All of them came; what is done from now on are changes.
   void finish_reading();
   /// True when somebody changed the headers, or may through an object that was made of one.
   bool is_changed() const { return is_changed_; }
@@ -68,7 +78,7 @@ class CHeaders {
   static constexpr std::size_t npos = static_cast<std::size_t>(-1);
   /// Position of the first header of this name at or behind `from`, without regard to case; npos when there is none.
   std::size_t find(std::u16string_view name, std::size_t from = 0) const;
-  /// The same for a name of ASCII letters, digits and hyphens.
+  /// The same for a name of printable ASCII.
   std::size_t find(std::string_view ascii_name, std::size_t from = 0) const;
 
   /// The value at a position as bytes in the process code page.
@@ -93,14 +103,16 @@ class CHeaders {
   /// How many bytes that is, at most, while none of the headers is an object.
   std::size_t most_bytes() const;
 
-  /// What ToString says, as the bytes that are written to a file.
+  /// What ToString says, as the bytes that are written to a file: lines of nearly the longest length keep within it.
   std::string to_bytes() const;
+  /// Writes them, never held all at once.
+  void write_to(platform::ByteSink& sink) const;
 
  private:
-  /// A header as it stood in the file, by its place in `text_`, until it became an object.
+  /// A header: its line, or the object that it is instead.
   struct Entry {
-    std::size_t name_at = 0, name_size = 0, value_at = 0, value_size = 0;
-    std::shared_ptr<CHeader> object;
+    std::size_t place;
+    std::shared_ptr<const CHeader> object;
   };
 
   /// The last value that was decoded, and what it depends on besides this collection.
@@ -118,22 +130,25 @@ class CHeaders {
   void forget_decoded() {
     if (decoded_) decoded_->name = {};
   }
-  bool depends_on_thread(const Entry& entry) const;
-  std::string_view stored_name(const Entry& entry) const;
-  std::string_view stored_value(const Entry& entry) const;
-  std::u16string name_of(const Entry& entry) const;
-  std::u16string value_of(const Entry& entry) const;
-  template <typename Take>
-  void for_each_line(Take take) const;
+  std::size_t place_at(std::size_t position) const { return static_cast<std::size_t>(places_[position]); }
+  Entry entry_at(std::size_t position) const;
+  std::size_t find_changed(std::string_view ascii_name, std::size_t from) const;
+  bool depends_on_thread(std::size_t position) const;
+  template <typename Take, typename End>
+  void for_each_line(Take take, End end) const;
   std::shared_ptr<CHeader> object_at(std::size_t position);
-  template <typename Matches>
-  std::size_t find_from(std::size_t from, Matches matches) const;
+  void list_rest();
+  void append_object(const std::shared_ptr<CHeader>& header);
+  headers::MadeHeaders& made();
   std::size_t checked(std::int64_t position) const;
   std::size_t checked(std::u16string_view name) const;
 
   OwnerLink owner_;
-  std::string text_;
-  std::vector<Entry> items_;
+  headers::HeaderText text_;
+  headers::PlaceTable places_;                  ///< of each header, in `text_`
+  std::unique_ptr<headers::MadeHeaders> made_;  ///< null until one was an object
+  std::size_t unlisted_ = 0;  ///< lines of a long block being read, whose places are listed when all came
+  bool is_reading_ = false;
   bool is_changed_ = false;
   std::unique_ptr<Decoded> decoded_;  ///< null until something was decoded
 };

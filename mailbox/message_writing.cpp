@@ -92,7 +92,7 @@ bool CMessage::write_own_text(platform::ByteSink& sink, Place place) {
   }
   if (is_cut_short_) refuse_cut_message();
   write_separator_line(sink, place);
-  sink.write(headers_->to_bytes());
+  headers_->write_to(sink);
   sink.write(platform::kLineEnd);
   sink.write(*body_);
   return parts_ && parts_->Count() > 0;

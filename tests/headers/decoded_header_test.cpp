@@ -46,7 +46,6 @@ TEST_F(DecodedHeader, follows_the_value_and_the_name_of_the_header_object) {
   expect_after([&] { header->SetName(u"X-Renamed"); }, u"later");
   expect_after([&] { headers().Item(u"X-Renamed")->SetName(u"subject"); }, u"second");
   expect_after([&] { header->parse_line(u"Subject: third"); }, u"third");
-  expect_after([&] { header->continue_value(u" more"); }, u"third\r\n more");
 }
 
 TEST_F(DecodedHeader, follows_the_property_itself) {

@@ -76,6 +76,27 @@ TEST(HeaderBlock, a_lone_cr_ends_the_line_and_what_follows_it_is_dropped) {
   EXPECT_EQ(box.message(0)->Text(), u"") << "the line that begins with CR ends the block";
 }
 
+TEST(HeaderBlock, of_many_headers_has_each_in_its_place) {
+  std::string mail = "From a\n";
+  for (int i = 0; i < 10000; ++i) {
+    mail += "X-" + std::to_string(i) + ":" + std::to_string(i) + "\n";
+    if (i % 3 == 0) mail += "\tfolded\n";
+    if (i % 5 == 0) mail += "no colon\n";
+  }
+  Mailbox box(mail + "\nbody\n");
+  box.control().Lock();
+  const auto headers = box.message(0)->Headers();
+  ASSERT_EQ(headers->Count(), 10000);
+  for (const int i : {0, 1, 4094, 4095, 4096, 4097, 9998, 9999}) {
+    EXPECT_EQ(plain(headers->Item(i)->Name()), "X-" + std::to_string(i));
+    EXPECT_EQ(plain(headers->Item(i)->Value()), std::to_string(i) + (i % 3 == 0 ? "\r\n\tfolded" : ""));
+  }
+  EXPECT_EQ(headers->Item(u"x-9999"), headers->Item(9999));
+  headers->FromString(u"Behind: all\r\n");
+  EXPECT_EQ(headers->Item(10000)->Value(), u"all");
+  EXPECT_EQ(box.message(0)->Text(), u"body\n");
+}
+
 TEST(HeaderBlock, ends_at_the_end_of_the_file_when_no_empty_line_comes) {
   Mailbox box("From a\nX: 1\nY: 2");
   box.control().Lock();
