@@ -1,6 +1,9 @@
 #include "attachments/attachments.h"
 
+#include <algorithm>
+#include <deque>
 #include <exception>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -38,12 +41,13 @@ std::shared_ptr<CAttachment> make_attachment(const OwnerLink& owner, CMessage& p
   attachments::Description description =
       attachments::describe(first_value(headers, "content-type"), first_value(headers, "content-disposition"));
   attachment->describe(std::move(description.name), std::move(description.type));
+  part.note_attachment();
   return attachment;
 }
 
 /// A part whose headers are being walked, and, in the midst of that, its own parts.
 struct Visit {
-  CMessage* part;
+  std::shared_ptr<CMessage> part;
   CMessage::Held before = part->held();
   std::size_t next_header = 0;
   Classification classification{};
@@ -55,7 +59,9 @@ struct Visit {
   std::size_t behind_found = 0;
 
   /// The next of the part's own parts; null when there is none left to visit now.
-  CMessage* take_part() { return parts && next_part < parts->Count() ? parts->Item(next_part++).get() : nullptr; }
+  std::shared_ptr<CMessage> take_part() {
+    return parts && next_part < parts->Count() ? parts->Item(next_part++) : nullptr;
+  }
 
   void begin_parts(std::size_t found) {
     parts = part->Parts();
@@ -115,16 +121,28 @@ void CAttachments::find_attachments() {
   if (is_scanned_) return;
   // Set first: a search that fails is not made again.
   is_scanned_ = true;
+  searched_text_ = scan_text_;
   find_in_parts(*message_);
   if (scan_text_) find_in_text(*message_);
+  is_whole_ = true;
+}
+
+bool CAttachments::can_be_found_again() const noexcept {
+  if (!is_scanned_) return true;
+  if (!is_whole_ || has_blocks_ || searched_text_ != scan_text_) return false;
+  return std::none_of(items_.begin(), items_.end(), [](const std::shared_ptr<CAttachment>& item) {
+    return item.use_count() > 1 || item->is_changed();
+  });
 }
 
 void CAttachments::find_in_parts(CMessage& message) {
-  std::vector<Visit> visits{Visit{&message}};
+  std::deque<Visit> visits;
+  // The caller holds this message itself, which need not be a shared one.
+  visits.push_back(Visit{{std::shared_ptr<CMessage>(), &message}});
   while (!visits.empty()) {
     Visit& visit = visits.back();
-    if (CMessage* part = visit.take_part()) {
-      visits.push_back(Visit{part});
+    if (std::shared_ptr<CMessage> part = visit.take_part()) {
+      visits.push_back(Visit{std::move(part)});
       continue;
     }
     visit.end_parts(items_.size());
@@ -160,6 +178,7 @@ void CAttachments::find_in_text(CMessage& message) {
                                                           static_cast<int>(codecs::AttachmentEncoding::uuencode));
     attachment->describe(platform::process_text(block->name), {});
     items_.push_back(attachment);
+    has_blocks_ = true;
     try {
       attachment->read_from(attachments::make_block_source(block->lines));
     } catch (const std::exception& failure) {
@@ -175,7 +194,10 @@ void CAttachments::find_in_text(CMessage& message) {
 std::shared_ptr<CAttachments> CMessage::Attachments() {
   load_body();
   if (!body_) throw Error(ErrorNumber::cannot_load_text, Reporter::message);
-  if (!attachments_) attachments_ = std::make_shared<CAttachments>(owner_, *this);
+  if (!attachments_) {
+    attachments_ = std::make_shared<CAttachments>(owner_, *this);
+    attachments_->SetScanText(scans_text_);
+  }
   return attachments_;
 }
 

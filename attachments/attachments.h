@@ -57,6 +57,8 @@ class CAttachments {
   std::shared_ptr<CMessage> add_as(std::u16string_view name, std::u16string_view filename, int encoding);
   /// Called by the message when it lets this collection go.
   void forget_message() { message_ = nullptr; }
+  /// True when another collection would find the same, and nobody holds or changed anything of this one.
+  bool can_be_found_again() const noexcept;
 
  private:
   bool has_control() const { return owner_ && owner_->control != nullptr; }
@@ -68,6 +70,9 @@ class CAttachments {
   OwnerLink owner_;
   CMessage* message_ = nullptr;
   bool is_scanned_ = false;
+  bool is_whole_ = false;  ///< the search came to its end
+  bool searched_text_ = false;
+  bool has_blocks_ = false;  ///< some were found in text, and have files
   bool scan_text_ = false;
   std::vector<std::shared_ptr<CAttachment>> items_;
 };

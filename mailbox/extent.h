@@ -23,6 +23,26 @@ struct Extent {
   friend bool operator==(const Extent&, const Extent&) = default;
 };
 
+/// An extent in 24 bytes, for tables of what mail can have a million of.
+class PackedExtent {
+ public:
+  PackedExtent() = default;
+  explicit PackedExtent(const Extent& extent) noexcept
+      : start_(extent.start),
+        end_(extent.end),
+        lines_and_separator_(static_cast<std::uint64_t>(extent.lines) << 1 | (extent.has_separator ? 1 : 0)) {}
+
+  std::int64_t start() const noexcept { return start_; }
+  Extent extent() const noexcept {
+    return {start_, end_, static_cast<std::int64_t>(lines_and_separator_ >> 1), (lines_and_separator_ & 1) != 0};
+  }
+
+ private:
+  std::int64_t start_ = 0;
+  std::int64_t end_ = 0;
+  std::uint64_t lines_and_separator_ = 0;
+};
+
 /// Takes the messages of a scan in the order of the file, each one complete.
 class ExtentSink {
  public:

@@ -30,6 +30,11 @@ class MadeOnUse {
     items_->push_back(std::move(item));
   }
   void pop_back() noexcept { items_->pop_back(); }
+  void pop_front() noexcept { items_->pop_front(); }
+  /// Drops what stands behind the first ones, of which there are at least so many.
+  void cut(std::size_t remaining) noexcept {
+    if (items_) items_->erase(items_->begin() + static_cast<std::ptrdiff_t>(remaining), items_->end());
+  }
   void erase(typename Items::iterator place) { items_->erase(place); }
   void clear() noexcept { items_.reset(); }
 

@@ -118,7 +118,7 @@ void CMessage::drop_content() {
   drop_attachments();
   drop_body();
   headers_.reset();
-  headers_were_read_ = false;
+  headers_were_read_ = parts_were_read_ = scans_text_ = false;
 }
 
 void CMessage::drop_body() {
@@ -126,6 +126,7 @@ void CMessage::drop_body() {
   text_was_put_ = false;
   is_cut_short_ = false;
   has_misplaced_parts_ = false;
+  stays_whole_ = false;
   drop_parts();
 }
 
@@ -188,8 +189,9 @@ std::u16string CMessage::Body() {
   Joiner joiner;
   // About what it will be, because a long text that grows is there twice. Line ends may be longer than they were.
   const std::int64_t in_file = file_ ? std::clamp<std::int64_t>(Size(), 0, file_->size()) : 0;
+  const std::int64_t longer = parts_ ? std::max(in_file / 8, parts_->Count() * 4) : 0;
   const std::size_t own = (headers_ ? headers_->most_bytes() : 0) + platform::kLineEnd.size() + body_->size();
-  joiner.text.reserve(std::max(own, static_cast<std::size_t>(parts_ ? in_file + in_file / 8 : 0)));
+  joiner.text.reserve(std::max(own, static_cast<std::size_t>(parts_ ? in_file + longer : 0)));
   append_own_body(joiner.text);
   if (parts_ && parts_->Count() > 0) mailbox::walk_parts(*this, joiner);
   return std::move(joiner.text);

@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "mailbox/extent.h"
+#include "mailbox/message_entry.h"
 #include "mailbox/owner.h"
 
 namespace vellobar {
@@ -149,7 +150,7 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// The collection of parts.
   std::shared_ptr<CMessages> Parts();
   /// The delimiter line of the parts, as far as it is known.
-  const std::u16string& PartsBoundary() const { return parts_boundary_; }
+  const std::u16string& PartsBoundary();
 
   // ---- Decoded texts ----
 
@@ -197,8 +198,8 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   std::int64_t body_offset() const { return body_offset_; }
 
   /// The message itself or the part below it that carries this content type, searched depth first; null when there is
-  /// none. The part is kept by its collection.
-  CMessage* find_part(std::u16string_view content_type);
+  /// none.
+  std::shared_ptr<CMessage> find_part(std::u16string_view content_type);
   /// The parts of a message that has a boundary or was given parts, else null. A text without a boundary is not read.
   CMessages* parts_if_any();
 
@@ -220,8 +221,18 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// memory. Throws std::system_error when the sink fails or the message cannot be read whole.
   void write(platform::ByteSink& sink, Place place, bool keeps);
 
-  /// Loads the message and all parts below it.
-  void load_tree();
+  /// Loads the message and all parts below it. With `for_good` they stay in memory, because the file may be closed;
+  /// else parts that nobody holds may be let go again.
+  void load_tree(bool for_good);
+
+  /// True when a message that the caller and its collection alone hold reads the same after it is made again, with all
+  /// that was made below it. Looks at no more objects than `patience`, and takes them off it.
+  bool reads_the_same_again(std::size_t& patience) const noexcept;
+  /// What is left when the message is let go, and what a message made again starts with.
+  mailbox::Traces traces() const;
+  void bear(const mailbox::Traces& traces) noexcept;
+  /// Notes that an attachment knows this part, so that it is not let go by itself.
+  void note_attachment() noexcept { has_attachment_ = true; }
 
   /// What of a message is in memory.
   struct Held {
@@ -300,6 +311,10 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// The whole message but its parts, as a client reads it.
   void append_own_body(std::u16string& to) const;
   bool is_as_read();
+  bool is_as_found() const noexcept;
+  bool is_unloaded() const { return first_line_is_separator_ && !has_separator_; }
+  /// What ScanText of the attachments says.
+  bool scans_text() const;
   /// The same of all but its own headers.
   bool has_body_of_file();
   /// True when the header block, which has been read, goes on behind the end.
@@ -327,7 +342,13 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   CMessages* collection_ = nullptr;
   mutable std::int64_t remembered_index_ = -1;
   std::shared_ptr<CHeaders> headers_;
-  bool headers_were_read_ = false;  ///< and dropped to save memory
+  // What was read and dropped to save memory.
+  bool headers_were_read_ = false;
+  bool body_was_read_ = false;
+  bool parts_were_read_ = false;
+  bool scans_text_ = false;
+  bool stays_whole_ = false;     ///< was loaded because its file may be closed
+  bool has_attachment_ = false;  ///< and attachments know this part
   std::int64_t body_offset_ = 0;
   std::optional<std::string> body_;
   bool text_was_put_ = false;         ///< the body is not that of the file

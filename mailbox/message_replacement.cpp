@@ -71,7 +71,7 @@ void CMessage::SetText(std::u16string_view text) {
   if (!loaded_headers()) throw Error(ErrorNumber::cannot_load_text, Reporter::message);
   std::string body = platform::process_bytes(text);
   if (body.size() <= platform::kLineEnd.size() || !body.ends_with(platform::kLineEnd)) body += platform::kLineEnd;
-  load_tree();
+  load_tree(false);
   const bool was_put = std::exchange(text_was_put_, true);
   const bool was_cut_short = std::exchange(is_cut_short_, false);
   body_->swap(body);
