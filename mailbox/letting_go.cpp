@@ -16,19 +16,23 @@ namespace vellobar {
 
 namespace mailbox {
 
+void RecentMessages::allow_for(std::int64_t bytes) noexcept {
+  most_ = std::max(kMost, static_cast<std::size_t>(bytes / kBytesForEach));
+}
+
 void RecentMessages::make_room() {
   if (messages_.size() == messages_.capacity()) messages_.reserve(std::max<std::size_t>(2 * messages_.size(), 8));
 }
 
 void RecentMessages::add(const std::shared_ptr<CMessage>& message) noexcept {
   constexpr std::size_t kLooksForEachMade = 16;
-  patience_ = std::min(patience_ + kLooksForEachMade, 4 * kMost);
-  if (messages_.size() < kMost) {
+  patience_ = std::min(patience_ + kLooksForEachMade, 4 * most_);
+  if (messages_.size() < most_) {
     messages_.push_back(message);
     return;
   }
   const std::shared_ptr<CMessage> oldest = std::exchange(messages_[oldest_], message).lock();
-  oldest_ = (oldest_ + 1) % kMost;
+  oldest_ = (oldest_ + 1) % most_;
   if (oldest && oldest->collection() != nullptr) oldest->collection()->let_go(oldest, patience_);
 }
 
@@ -43,6 +47,21 @@ void CMessages::let_go(const std::shared_ptr<CMessage>& message, std::size_t& pa
   if (!message->is_read_from(file_.get(), entry.extent()) || !message->reads_the_same_again(patience)) return;
   entry.leave(message->traces());
   entry.give_up_object();
+}
+
+std::shared_ptr<CMessage> CMessages::found_at(std::int64_t start) {
+  // Scanned messages stand in the order of the file, and in front of those that were added.
+  const auto found = std::lower_bound(items_.begin(), items_.end(), start, [](const Entry& entry, std::int64_t wanted) {
+    return !entry.is_added() && entry.start() < wanted;
+  });
+  if (found != items_.end() && !(*found).is_added() && (*found).start() == start) {
+    return object_at(static_cast<std::size_t>(found - items_.begin()));
+  }
+  for (const std::weak_ptr<CMessage>& removed : removed_) {
+    std::shared_ptr<CMessage> message = removed.lock();
+    if (message && message->file() == file_ && message->StartPosition() == start) return message;
+  }
+  return nullptr;
 }
 
 bool CMessage::reads_the_same_again(std::size_t& patience) const noexcept {
@@ -74,9 +93,7 @@ bool CMessage::is_as_found() const noexcept {
   if (!file_ || !file_->is_open() || has_own_file_) return false;
   if (tag_.has_value() || changed_ || mail_info_given_ || text_was_put_ || is_cut_short_ || stays_whole_) return false;
   if (remembered_index_ == kSeveralPlaces || (parts_ && !body_)) return false;
-  const bool has_files = std::any_of(temporary_files_.begin(), temporary_files_.end(),
-                                     [](const std::string& path) { return !path.empty(); });
-  if (has_files || (headers_ && (headers_.use_count() > 1 || headers_->is_changed()))) return false;
+  if (temporary_files_ || (headers_ && (headers_.use_count() > 1 || headers_->is_changed()))) return false;
   return !attachments_ || (attachments_.use_count() == 1 && attachments_->can_be_found_again());
 }
 

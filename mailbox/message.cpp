@@ -21,23 +21,22 @@ CMessage::CMessage(OwnerLink owner, CMessages* collection, std::shared_ptr<platf
                    const mailbox::Extent& extent)
     : start_(extent.start),
       end_(extent.end),
-      bytes_(extent.end - extent.start),
       lines_(extent.lines),
       has_separator_(extent.has_separator),
       first_line_is_separator_(extent.has_separator),
-      file_(std::move(file)),
+      collection_(collection),
       owner_(std::move(owner)),
-      collection_(collection) {}
+      file_(std::move(file)) {}
 
 CMessage::CMessage(OwnerLink owner, CMessages* collection, std::shared_ptr<platform::File> own_file, std::int64_t size)
     : end_(size),
-      bytes_(size),
       // Not a count of lines: deliberate, see a_message_added_from_a_file_reports_its_size_as_lines.
       lines_(size),
       has_own_file_(own_file != nullptr),
-      file_(std::move(own_file)),
+      collection_(collection),
       owner_(std::move(owner)),
-      collection_(collection) {}
+      file_(std::move(own_file)),
+      temporary_files_(has_own_file_ ? std::make_unique<TemporaryFiles>() : nullptr) {}
 
 CMessage::~CMessage() {
   drop_attachments();
@@ -111,7 +110,7 @@ void CMessage::Unload() {
   // a_message_that_was_unloaded_comes_back_without_its_first_line.
   has_separator_ = false;
   close_own_file();
-  for (std::size_t slot = 0; slot < temporary_files_.size(); ++slot) delete_temporary_file(slot);
+  for (const std::size_t slot : {kTextFile, kBodyFile, kAttachmentFile}) delete_temporary_file(slot);
 }
 
 void CMessage::drop_content() {
@@ -155,9 +154,13 @@ void CMessage::close_own_file() {
 }
 
 void CMessage::delete_temporary_file(std::size_t slot) {
-  if (temporary_files_[slot].empty()) return;
-  platform::remove_file(temporary_files_[slot]);
-  temporary_files_[slot].clear();
+  if (!temporary_files_ || (*temporary_files_)[slot].empty()) return;
+  platform::remove_file((*temporary_files_)[slot]);
+  (*temporary_files_)[slot].clear();
+}
+
+void CMessage::make_room_for_temporary_files() {
+  if (!temporary_files_) temporary_files_ = std::make_unique<TemporaryFiles>();
 }
 
 void CMessage::forget_collection(const CMessages& collection) {

@@ -60,7 +60,7 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// EndPosition less StartPosition.
   std::int64_t Size() const { return end_ - start_; }
   /// Bytes and lines as counted by the scan; a message from a file of its own counts no lines (see Messages.Add, Peek).
-  std::int64_t Bytes() const { return bytes_; }
+  std::int64_t Bytes() const { return Size(); }
   std::int64_t Lines() const { return lines_; }
   /// For the client's own use.
   std::any& Tag() { return tag_; }
@@ -193,6 +193,8 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// The Windows code page of the message's own charset name; 0 when it names none that counts.
   int code_page();
 
+  /// Whether the first line is a separator line.
+  bool has_separator() const { return has_separator_; }
   /// The file the text is read from, if any, and where the body begins in it once the headers were loaded.
   const std::shared_ptr<platform::File>& file() const { return file_; }
   std::int64_t body_offset() const { return body_offset_; }
@@ -273,12 +275,13 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// Stores MailInfo without telling anybody; what is loaded later does not replace it.
   void store_mail_info(std::u16string mail_info) noexcept;
   /// Notes the temporary file that an added attachment reads from; only Unload deletes it.
-  void keep_attachment_file(std::string path) { temporary_files_[kAttachmentFile] = std::move(path); }
+  void keep_attachment_file(std::string path) { (*temporary_files_)[kAttachmentFile] = std::move(path); }
 
  private:
   /// A `remembered_index_` that is never kept.
   static constexpr std::int64_t kSeveralPlaces = -2;
-  /// Slots of `temporary_files_`.
+  /// Paths of temporary files, by what they are for.
+  using TemporaryFiles = std::array<std::string, 3>;
   static constexpr std::size_t kTextFile = 0;
   static constexpr std::size_t kBodyFile = 1;
   static constexpr std::size_t kAttachmentFile = 2;
@@ -300,6 +303,8 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   void drop_parts();
   void drop_attachments();
   void close_own_file();
+  /// For what stores a path later, when nothing may fail any longer.
+  void make_room_for_temporary_files();
   void delete_temporary_file(std::size_t slot);
   void write_to_file(const std::string& path);
   /// Where Save and Text put write it.
@@ -327,37 +332,36 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
 
   std::int64_t start_ = 0;
   std::int64_t end_ = 0;
-  std::int64_t bytes_ = 0;
   std::int64_t lines_ = 0;
-  std::any tag_;
-  std::u16string mail_info_;
+  std::int64_t body_offset_ = 0;
+  mutable std::int64_t remembered_index_ = -1;
   bool has_separator_ = false;
   bool first_line_is_separator_ = false;  ///< what has_separator_ was before an Unload cleared it
   bool changed_ = false;
   bool has_own_file_ = false;
   bool mail_info_given_ = false;
-  std::array<std::string, 3> temporary_files_;
-  std::shared_ptr<platform::File> file_;
-  OwnerLink owner_;
-  CMessages* collection_ = nullptr;
-  mutable std::int64_t remembered_index_ = -1;
-  std::shared_ptr<CHeaders> headers_;
   // What was read and dropped to save memory.
   bool headers_were_read_ = false;
   bool body_was_read_ = false;
   bool parts_were_read_ = false;
   bool scans_text_ = false;
-  bool stays_whole_ = false;     ///< was loaded because its file may be closed
-  bool has_attachment_ = false;  ///< and attachments know this part
-  std::int64_t body_offset_ = 0;
-  std::optional<std::string> body_;
+  bool stays_whole_ = false;          ///< was loaded because its file may be closed
+  bool has_attachment_ = false;       ///< and attachments know this part
   bool text_was_put_ = false;         ///< the body is not that of the file
   bool is_cut_short_ = false;         ///< the file gave less of the body than it should hold
   bool has_misplaced_parts_ = false;  ///< the parts do not lie where their positions say, or are not all there
+  CMessages* collection_ = nullptr;
+  OwnerLink owner_;
+  std::shared_ptr<platform::File> file_;
+  std::shared_ptr<CHeaders> headers_;
+  std::u16string mail_info_;
+  std::optional<std::string> body_;
   std::u16string parts_boundary_;
   std::shared_ptr<CMessages> parts_;
   std::shared_ptr<CAttachments> attachments_;
   std::shared_ptr<const mime::PartOutline> outline_;
+  std::any tag_;
+  std::unique_ptr<TemporaryFiles> temporary_files_;  ///< made together with the first file of its own
 };
 
 }  // namespace vellobar

@@ -27,17 +27,18 @@ struct Traces {
 class MessageEntry {
  public:
   MessageEntry() = default;
-  explicit MessageEntry(const Extent& extent) noexcept : start_(extent.start), end_(extent.end) {
-    numbers_ = static_cast<std::uint64_t>(extent.lines) << kMarks | mark(kHasSeparator, extent.has_separator);
-  }
+  explicit MessageEntry(const Extent& extent) noexcept : extent_(extent) {}
   /// A message that no scan found.
-  explicit MessageEntry(std::shared_ptr<CMessage> object) { keep(std::move(object)); }
-
-  std::int64_t start() const noexcept { return start_; }
-  bool has_separator() const noexcept { return has(kHasSeparator); }
-  Extent extent() const noexcept {
-    return {start_, end_, static_cast<std::int64_t>(numbers_ >> kMarks), has_separator()};
+  explicit MessageEntry(std::shared_ptr<CMessage> object) {
+    extent_.set_marks(kIsAdded);
+    keep(std::move(object));
   }
+
+  bool is_added() const noexcept { return has(kIsAdded); }
+
+  std::int64_t start() const noexcept { return extent_.start(); }
+  bool has_separator() const noexcept { return extent_.has_separator(); }
+  Extent extent() const noexcept { return extent_.extent(); }
 
   /// Null for a message without an object.
   const std::shared_ptr<CMessage>& object() const noexcept { return object_ ? *object_ : kNone; }
@@ -52,27 +53,27 @@ class MessageEntry {
   }
 
   Traces traces() const noexcept {
-    return {has(kHeadersWereRead), has(kBodyWasRead), has(kPartsWereRead), has(kWasUnloaded), has(kScansText)};
+    return {.headers_were_read = has(kHeadersWereRead),
+            .body_was_read = has(kBodyWasRead),
+            .parts_were_read = has(kPartsWereRead),
+            .was_unloaded = has(kWasUnloaded),
+            .scans_text = has(kScansText)};
   }
   void leave(const Traces& traces) noexcept {
-    constexpr std::uint64_t kTraces = kHeadersWereRead | kBodyWasRead | kPartsWereRead | kWasUnloaded | kScansText;
-    numbers_ = (numbers_ & ~kTraces) | mark(kHeadersWereRead, traces.headers_were_read) |
-               mark(kBodyWasRead, traces.body_was_read) | mark(kPartsWereRead, traces.parts_were_read) |
-               mark(kWasUnloaded, traces.was_unloaded) | mark(kScansText, traces.scans_text);
+    const auto mark = [](unsigned bit, bool is_set) { return is_set ? bit : 0; };
+    extent_.set_marks((extent_.marks() & kIsAdded) | mark(kHeadersWereRead, traces.headers_were_read) |
+                      mark(kBodyWasRead, traces.body_was_read) | mark(kPartsWereRead, traces.parts_were_read) |
+                      mark(kWasUnloaded, traces.was_unloaded) | mark(kScansText, traces.scans_text));
   }
 
  private:
-  static constexpr int kMarks = 8;
-  static constexpr std::uint64_t kHasSeparator = 1, kHeadersWereRead = 2, kBodyWasRead = 4, kPartsWereRead = 8,
-                                 kWasUnloaded = 16, kScansText = 32;
+  static constexpr unsigned kIsAdded = 1, kHeadersWereRead = 2, kBodyWasRead = 4, kPartsWereRead = 8, kWasUnloaded = 16,
+                            kScansText = 32;
   static inline const std::shared_ptr<CMessage> kNone;
 
-  static std::uint64_t mark(std::uint64_t bit, bool is_set) noexcept { return is_set ? bit : 0; }
-  bool has(std::uint64_t bit) const noexcept { return (numbers_ & bit) != 0; }
+  bool has(unsigned bit) const noexcept { return (extent_.marks() & bit) != 0; }
 
-  std::int64_t start_ = 0;
-  std::int64_t end_ = 0;
-  std::uint64_t numbers_ = 0;  ///< the lines, and the marks below them
+  PackedExtent extent_;
   std::unique_ptr<std::shared_ptr<CMessage>> object_;
 };
 

@@ -136,15 +136,11 @@ std::int64_t CMessages::position_of(const CMessage& message) const {
   }
   const auto is_place = [&](const Entry& entry) { return entry.object().get() == &message; };
   // A message that has one place is not far in front of where it was.
-  const auto behind = items_.begin() + std::clamp<std::int64_t>(remembered, 0, Count());
-  for (auto place = behind; place != items_.begin();) {
-    if (!is_place(*--place)) continue;
-    message.remember_index(place - items_.begin());
-    return place - items_.begin();
-  }
-  const auto found = std::find_if(behind, items_.end(), is_place);
-  if (found == items_.end()) return -1;
-  const std::int64_t position = found - items_.begin();
+  const std::int64_t was = std::clamp<std::int64_t>(remembered, 0, Count());
+  std::int64_t position = was - 1;
+  while (position >= 0 && !is_place(items_[static_cast<std::size_t>(position)])) --position;
+  if (position < 0) position = std::find_if(items_.begin() + was, items_.end(), is_place) - items_.begin();
+  if (position == Count()) return -1;
   message.remember_index(position);
   return position;
 }
@@ -216,9 +212,8 @@ void CMessages::append(const std::shared_ptr<CMessage>& message, Carries line) {
 void CMessages::Remove(const CMessage& message) {
   const std::int64_t position = position_of(message);
   if (position < 0) throw Error(Status::invalid_argument);
-  const auto place = items_.begin() + static_cast<std::ptrdiff_t>(position);
-  remember_removed(*place);
-  items_.erase(place);
+  remember_removed(items_[static_cast<std::size_t>(position)]);
+  items_.erase(static_cast<std::size_t>(position));
   mark_changed(owner_);
 }
 

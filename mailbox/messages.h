@@ -101,6 +101,8 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   /// Lets the object of a message go, of which the caller has one reference, when nobody else holds anything of it and
   /// it reads the same when it is made again. Looks at no more objects than `patience`, and takes them off it.
   void let_go(const std::shared_ptr<CMessage>& message, std::size_t& patience) noexcept;
+  /// The message that a scan found at that position of the file, as long as it is here or somebody holds it; else null.
+  std::shared_ptr<CMessage> found_at(std::int64_t start);
   /// True when one of the messages was read.
   bool has_traces() const;
   /// For the parts of a message that was let go after some of them had been read.

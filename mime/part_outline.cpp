@@ -401,7 +401,7 @@ std::shared_ptr<PartOutline> PartOutline::read(platform::File& file, std::int64_
 
 void PartOutline::take_parts(mailbox::ExtentSink& sink) {
   if (has_multiparts()) return children(0, nodes_.size(), sink);
-  for (; !nodes_.empty(); nodes_.pop_front()) sink.found(nodes_[0].extent.extent());
+  nodes_.hand_over([&](const Node& node) { sink.found(node.extent.extent()); });
 }
 
 void PartOutline::children(std::size_t begin, std::size_t end, mailbox::ExtentSink& sink) const {

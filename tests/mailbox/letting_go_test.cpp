@@ -22,6 +22,16 @@ constexpr char kMultipart[] =
     "Content-Type: text/plain\n\none\n--bound\n"
     "Content-Type: image/gif; name=a.gif\nContent-Transfer-Encoding: base64\n\nR0lG\n--bound--\n";
 
+/// A message with twice as many attachments as parts stay in memory.
+std::string many_attachments() {
+  std::string parts;
+  for (int i = 0; i < 2 * kMost; ++i) {
+    const std::string name = std::to_string(i) + ".gif";
+    parts += "Content-Type: image/gif; name=" + name + "\nContent-Transfer-Encoding: base64\n\nR0lG\n--bound\n";
+  }
+  return "From a\nContent-Type: multipart/mixed; boundary=bound\n\n--bound\n" + parts + "\n--bound--\n";
+}
+
 std::string followed_by_many(std::string content) {
   for (int i = 0; i < kMost; ++i) content += "From b\nSubject: other\n\nx\n";
   return content;
@@ -101,6 +111,39 @@ TEST_F(LettingGo, a_part_goes_when_many_other_parts_were_read) {
   for (int i = 1; i <= kMost; ++i) all->Item(i)->Text();
   EXPECT_TRUE(part.expired());
   EXPECT_EQ(all->Item(0)->Text(), u"x\n");
+}
+
+TEST_F(LettingGo, many_attachments_are_found_without_keeping_their_parts) {
+  lock(many_attachments());
+  const std::shared_ptr<CMessage> message = first();
+  const int last = 2 * kMost - 1;
+  const std::weak_ptr<CMessage> part = message->Parts()->Item(last);
+  EXPECT_EQ(message->Attachments()->Count(), 2 * kMost);
+  read_others();
+  EXPECT_TRUE(part.expired());
+  const std::shared_ptr<CAttachment> attachment = message->Attachments()->Item(last);
+  EXPECT_EQ(attachment->Name(), wide(std::to_string(last) + ".gif"));
+  EXPECT_EQ(attachment->Type(), u"image/gif");
+  EXPECT_EQ(attachment->Size(), 3);
+  EXPECT_EQ(attachment->Part(), message->Parts()->Item(last));
+  EXPECT_EQ(message->Attachments()->Item(last), attachment);
+}
+
+TEST_F(LettingGo, an_attachment_among_many_keeps_its_place_when_a_part_in_front_of_it_is_removed) {
+  lock(many_attachments());
+  const std::shared_ptr<CMessage> message = first();
+  const int last = 2 * kMost - 1;
+  EXPECT_EQ(message->Attachments()->Count(), 2 * kMost);
+  message->Parts()->Remove(*message->Parts()->Item(0));
+  EXPECT_EQ(message->Attachments()->Item(last)->Part(), message->Parts()->Item(last - 1));
+  const std::shared_ptr<CMessage> removed = message->Parts()->Item(last - 1);
+  message->Parts()->Remove(*removed);
+  EXPECT_EQ(message->Attachments()->Item(last)->Part(), removed);
+}
+
+TEST_F(LettingGo, in_a_mailbox_of_long_messages_all_stay) {
+  lock(kPlain + std::string(static_cast<std::size_t>(kMost) * mailbox::RecentMessages::kBytesForEach * 2, 'x') + "\n");
+  EXPECT_FALSE(goes_after(read_all));
 }
 
 // ---- What shows no difference
