@@ -32,16 +32,17 @@ std::optional<std::string> first_value(const CHeaders& headers, std::string_view
   return headers.narrow_value(position);
 }
 
-std::shared_ptr<CAttachment> make_attachment(const OwnerLink& owner, CMessage& part,
-                                             codecs::AttachmentEncoding encoding) {
-  const CHeaders& headers = *part.loaded_headers();
-  const auto attachment = std::make_shared<CAttachment>(owner, part.weak_from_this(),
-                                                        CodedRange{part.file(), part.body_offset(), part.EndPosition()},
-                                                        static_cast<int>(encoding));
-  attachments::Description description =
-      attachments::describe(first_value(headers, "content-type"), first_value(headers, "content-disposition"));
-  attachment->describe(std::move(description.name), std::move(description.type));
-  part.note_attachment();
+/// `text` is read for what the attachment says of itself; `part` is what holds it, or null.
+std::shared_ptr<CAttachment> make_attachment(const OwnerLink& owner, CMessage& text, CMessage* part, int encoding) {
+  const auto attachment =
+      std::make_shared<CAttachment>(owner, part != nullptr ? part->weak_from_this() : std::weak_ptr<CMessage>(),
+                                    CodedRange{text.file(), text.body_offset(), text.EndPosition()}, encoding);
+  if (const CHeaders* const headers = text.loaded_headers()) {
+    attachments::Description description =
+        attachments::describe(first_value(*headers, "content-type"), first_value(*headers, "content-disposition"));
+    attachment->describe(std::move(description.name), std::move(description.type));
+  }
+  if (part != nullptr) part->note_attachment();
   return attachment;
 }
 
@@ -72,6 +73,8 @@ struct Visit {
     parts.reset();
     has_visited_parts = true;
     behind_found = found;
+    // What is found in its parts is looked for there again.
+    if (behind_found > first_found) part->note_attachment();
   }
 
   /// Takes headers up to the end of the block, or up to one whose parts come first. True for that one.
@@ -113,7 +116,17 @@ std::int64_t CAttachments::Count() {
 std::shared_ptr<CAttachment> CAttachments::Item(std::int64_t index) {
   const std::int64_t count = Count();
   if (index < 0 || index >= count) throw Error(Status::invalid_argument);
-  return items_[static_cast<std::size_t>(index)];
+  Found& found = items_[static_cast<std::size_t>(index)];
+  if (!found.object) found.object = made(found);
+  return found.object;
+}
+
+std::shared_ptr<CAttachment> CAttachments::made(const Found& found) const {
+  CMessage in_file(owner_, nullptr, file_, found.part.extent());
+  in_file.load_headers();
+  const std::shared_ptr<CMessages> parts = parts_[found.parts].lock();
+  const std::shared_ptr<CMessage> part = parts ? parts->found_at(found.part.start()) : nullptr;
+  return make_attachment(owner_, in_file, part.get(), found.encoding);
 }
 
 void CAttachments::find_attachments() {
@@ -130,8 +143,8 @@ void CAttachments::find_attachments() {
 bool CAttachments::can_be_found_again() const noexcept {
   if (!is_scanned_) return true;
   if (!is_whole_ || has_blocks_ || searched_text_ != scan_text_) return false;
-  return std::none_of(items_.begin(), items_.end(), [](const std::shared_ptr<CAttachment>& item) {
-    return item.use_count() > 1 || item->is_changed();
+  return std::none_of(items_.begin(), items_.end(), [](const Found& item) {
+    return item.object && (item.object.use_count() > 1 || item.object->is_changed());
   });
 }
 
@@ -155,18 +168,40 @@ void CAttachments::find_in_parts(CMessage& message) {
       continue;
     }
     if (visit.classification.is_attachment()) {
-      items_.push_back(make_attachment(owner_, *visit.part, visit.classification.encoding()));
+      const Visit* const above = visits.size() > 1 ? &visits[visits.size() - 2] : nullptr;
+      list(*visit.part, static_cast<int>(visit.classification.encoding()), above != nullptr ? above->parts : nullptr);
     }
     visit.part->drop_headers_that_run_on(visit.before);
     visits.pop_back();
   }
 }
 
+void CAttachments::list(CMessage& part, int encoding, const std::shared_ptr<CMessages>& parts) {
+  if (!parts || items_.size() < kMostMadeAtOnce || !reads_as_listed(part)) {
+    items_.push_back({make_attachment(owner_, part, &part, encoding), {}, 0, 0});
+    return;
+  }
+  file_ = part.file();
+  if (parts_.empty() || parts_.back().lock() != parts) parts_.push_back(parts);
+  const mailbox::Extent extent{part.StartPosition(), part.EndPosition(), part.Lines(), part.has_separator()};
+  items_.push_back({nullptr, mailbox::PackedExtent(extent), static_cast<std::uint32_t>(parts_.size() - 1), encoding});
+}
+
+/// Whether all that is said of the part is what its file says, which is the one of all the others.
+bool CAttachments::reads_as_listed(CMessage& part) const {
+  const bool is_scanned = part.remembered_index() >= 0 && part.file() && part.file() == message_->file();
+  return is_scanned && !part.loaded_headers()->is_changed();
+}
+
 /// A second multipart header lists what its parts hold once more. Mail in which such headers nest would multiply its
 /// attachments without end, so a long list is not lengthened by what it holds already.
 void CAttachments::list_again(std::size_t first, std::size_t behind) {
   if (items_.size() + (behind - first) > kMostWithRepetitions) return;
-  for (std::size_t i = first; i < behind; ++i) items_.push_back(items_[i]->another());
+  for (std::size_t i = first; i < behind; ++i) {
+    Found again = items_[i];
+    if (again.object) again.object = again.object->another();
+    items_.push_back(std::move(again));
+  }
 }
 
 void CAttachments::find_in_text(CMessage& message) {
@@ -177,7 +212,7 @@ void CAttachments::find_in_text(CMessage& message) {
     const auto attachment = std::make_shared<CAttachment>(owner_, message.weak_from_this(), CodedRange{},
                                                           static_cast<int>(codecs::AttachmentEncoding::uuencode));
     attachment->describe(platform::process_text(block->name), {});
-    items_.push_back(attachment);
+    items_.push_back({attachment, {}, 0, 0});
     has_blocks_ = true;
     try {
       attachment->read_from(attachments::make_block_source(block->lines));
