@@ -65,7 +65,17 @@ std::shared_ptr<CAttachment> CAttachment::another() const {
 
 void CAttachment::SetName(std::u16string_view name) {
   name_ = name;
-  name_given_ = true;
+  name_given_ = is_changed_ = true;
+}
+
+void CAttachment::SetType(std::u16string_view type) {
+  type_ = type;
+  is_changed_ = true;
+}
+
+void CAttachment::SetEncoding(int encoding) {
+  encoding_ = encoding;
+  is_changed_ = true;
 }
 
 std::int64_t CAttachment::Size() const {

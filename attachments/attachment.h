@@ -41,10 +41,10 @@ class CAttachment {
   void SetName(std::u16string_view name);
   /// The content type, or the disposition where that gave the name.
   const std::u16string& Type() const { return type_; }
-  void SetType(std::u16string_view type) { type_ = type; }
+  void SetType(std::u16string_view type);
   /// A number of codecs::AttachmentEncoding; any number can be put.
   int Encoding() const { return encoding_; }
-  void SetEncoding(int encoding) { encoding_ = encoding; }
+  void SetEncoding(int encoding);
 
   /// Decodes to a file, created or replaced, that is called like the attachment and stands in the current folder. A
   /// name from the mail is made harmless first, a name that the client put is used as it stands. Error 30007 when the
@@ -62,6 +62,8 @@ class CAttachment {
 
   /// For the component's own use: what discovery read in the mail.
   void describe(std::u16string name, std::u16string type);
+  /// True when a client put something.
+  bool is_changed() const { return is_changed_; }
   const CodedRange& range() const { return range_; }
   void read_from(CodedRange range) noexcept { range_ = std::move(range); }
   /// Another object that says the same.
@@ -81,6 +83,7 @@ class CAttachment {
   std::u16string name_;
   std::u16string type_;
   bool name_given_ = false;  ///< by the client
+  bool is_changed_ = false;
 };
 
 }  // namespace vellobar

@@ -1,6 +1,9 @@
 #include "attachments/attachments.h"
 
+#include <algorithm>
+#include <deque>
 #include <exception>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -29,21 +32,23 @@ std::optional<std::string> first_value(const CHeaders& headers, std::string_view
   return headers.narrow_value(position);
 }
 
-std::shared_ptr<CAttachment> make_attachment(const OwnerLink& owner, CMessage& part,
-                                             codecs::AttachmentEncoding encoding) {
-  const CHeaders& headers = *part.loaded_headers();
-  const auto attachment = std::make_shared<CAttachment>(owner, part.weak_from_this(),
-                                                        CodedRange{part.file(), part.body_offset(), part.EndPosition()},
-                                                        static_cast<int>(encoding));
-  attachments::Description description =
-      attachments::describe(first_value(headers, "content-type"), first_value(headers, "content-disposition"));
-  attachment->describe(std::move(description.name), std::move(description.type));
+/// `text` is read for what the attachment says of itself; `part` is what holds it, or null.
+std::shared_ptr<CAttachment> make_attachment(const OwnerLink& owner, CMessage& text, CMessage* part, int encoding) {
+  const auto attachment =
+      std::make_shared<CAttachment>(owner, part != nullptr ? part->weak_from_this() : std::weak_ptr<CMessage>(),
+                                    CodedRange{text.file(), text.body_offset(), text.EndPosition()}, encoding);
+  if (const CHeaders* const headers = text.loaded_headers()) {
+    attachments::Description description =
+        attachments::describe(first_value(*headers, "content-type"), first_value(*headers, "content-disposition"));
+    attachment->describe(std::move(description.name), std::move(description.type));
+  }
+  if (part != nullptr) part->note_attachment();
   return attachment;
 }
 
 /// A part whose headers are being walked, and, in the midst of that, its own parts.
 struct Visit {
-  CMessage* part;
+  std::shared_ptr<CMessage> part;
   CMessage::Held before = part->held();
   std::size_t next_header = 0;
   Classification classification{};
@@ -55,7 +60,9 @@ struct Visit {
   std::size_t behind_found = 0;
 
   /// The next of the part's own parts; null when there is none left to visit now.
-  CMessage* take_part() { return parts && next_part < parts->Count() ? parts->Item(next_part++).get() : nullptr; }
+  std::shared_ptr<CMessage> take_part() {
+    return parts && next_part < parts->Count() ? parts->Item(next_part++) : nullptr;
+  }
 
   void begin_parts(std::size_t found) {
     parts = part->Parts();
@@ -66,6 +73,8 @@ struct Visit {
     parts.reset();
     has_visited_parts = true;
     behind_found = found;
+    // What is found in its parts is looked for there again.
+    if (behind_found > first_found) part->note_attachment();
   }
 
   /// Takes headers up to the end of the block, or up to one whose parts come first. True for that one.
@@ -107,7 +116,17 @@ std::int64_t CAttachments::Count() {
 std::shared_ptr<CAttachment> CAttachments::Item(std::int64_t index) {
   const std::int64_t count = Count();
   if (index < 0 || index >= count) throw Error(Status::invalid_argument);
-  return items_[static_cast<std::size_t>(index)];
+  Found& found = items_[static_cast<std::size_t>(index)];
+  if (!found.object) found.object = made(found);
+  return found.object;
+}
+
+std::shared_ptr<CAttachment> CAttachments::made(const Found& found) const {
+  CMessage in_file(owner_, nullptr, file_, found.part.extent());
+  in_file.load_headers();
+  const std::shared_ptr<CMessages> parts = parts_[found.parts].lock();
+  const std::shared_ptr<CMessage> part = parts ? parts->found_at(found.part.start()) : nullptr;
+  return make_attachment(owner_, in_file, part.get(), found.encoding);
 }
 
 void CAttachments::find_attachments() {
@@ -115,16 +134,28 @@ void CAttachments::find_attachments() {
   if (is_scanned_) return;
   // Set first: a search that fails is not made again.
   is_scanned_ = true;
+  searched_text_ = scan_text_;
   find_in_parts(*message_);
   if (scan_text_) find_in_text(*message_);
+  is_whole_ = true;
+}
+
+bool CAttachments::can_be_found_again() const noexcept {
+  if (!is_scanned_) return true;
+  if (!is_whole_ || has_blocks_ || searched_text_ != scan_text_) return false;
+  return std::none_of(items_.begin(), items_.end(), [](const Found& item) {
+    return item.object && (item.object.use_count() > 1 || item.object->is_changed());
+  });
 }
 
 void CAttachments::find_in_parts(CMessage& message) {
-  std::vector<Visit> visits{Visit{&message}};
+  std::deque<Visit> visits;
+  // The caller holds this message itself, which need not be a shared one.
+  visits.push_back(Visit{{std::shared_ptr<CMessage>(), &message}});
   while (!visits.empty()) {
     Visit& visit = visits.back();
-    if (CMessage* part = visit.take_part()) {
-      visits.push_back(Visit{part});
+    if (std::shared_ptr<CMessage> part = visit.take_part()) {
+      visits.push_back(Visit{std::move(part)});
       continue;
     }
     visit.end_parts(items_.size());
@@ -137,18 +168,40 @@ void CAttachments::find_in_parts(CMessage& message) {
       continue;
     }
     if (visit.classification.is_attachment()) {
-      items_.push_back(make_attachment(owner_, *visit.part, visit.classification.encoding()));
+      const Visit* const above = visits.size() > 1 ? &visits[visits.size() - 2] : nullptr;
+      list(*visit.part, static_cast<int>(visit.classification.encoding()), above != nullptr ? above->parts : nullptr);
     }
     visit.part->drop_headers_that_run_on(visit.before);
     visits.pop_back();
   }
 }
 
+void CAttachments::list(CMessage& part, int encoding, const std::shared_ptr<CMessages>& parts) {
+  if (!parts || items_.size() < kMostMadeAtOnce || !reads_as_listed(part)) {
+    items_.push_back({make_attachment(owner_, part, &part, encoding), {}, 0, 0});
+    return;
+  }
+  file_ = part.file();
+  if (parts_.empty() || parts_.back().lock() != parts) parts_.push_back(parts);
+  const mailbox::Extent extent{part.StartPosition(), part.EndPosition(), part.Lines(), part.has_separator()};
+  items_.push_back({nullptr, mailbox::PackedExtent(extent), static_cast<std::uint32_t>(parts_.size() - 1), encoding});
+}
+
+/// Whether all that is said of the part is what its file says, which is the one of all the others.
+bool CAttachments::reads_as_listed(CMessage& part) const {
+  const bool is_scanned = part.remembered_index() >= 0 && part.file() && part.file() == message_->file();
+  return is_scanned && !part.loaded_headers()->is_changed();
+}
+
 /// A second multipart header lists what its parts hold once more. Mail in which such headers nest would multiply its
 /// attachments without end, so a long list is not lengthened by what it holds already.
 void CAttachments::list_again(std::size_t first, std::size_t behind) {
   if (items_.size() + (behind - first) > kMostWithRepetitions) return;
-  for (std::size_t i = first; i < behind; ++i) items_.push_back(items_[i]->another());
+  for (std::size_t i = first; i < behind; ++i) {
+    Found again = items_[i];
+    if (again.object) again.object = again.object->another();
+    items_.push_back(std::move(again));
+  }
 }
 
 void CAttachments::find_in_text(CMessage& message) {
@@ -159,7 +212,8 @@ void CAttachments::find_in_text(CMessage& message) {
     const auto attachment = std::make_shared<CAttachment>(owner_, message.weak_from_this(), CodedRange{},
                                                           static_cast<int>(codecs::AttachmentEncoding::uuencode));
     attachment->describe(platform::process_text(block->name), {});
-    items_.push_back(attachment);
+    items_.push_back({attachment, {}, 0, 0});
+    has_blocks_ = true;
     try {
       attachment->read_from(attachments::make_block_source(block->lines));
     } catch (const std::exception& failure) {
@@ -175,7 +229,10 @@ void CAttachments::find_in_text(CMessage& message) {
 std::shared_ptr<CAttachments> CMessage::Attachments() {
   load_body();
   if (!body_) throw Error(ErrorNumber::cannot_load_text, Reporter::message);
-  if (!attachments_) attachments_ = std::make_shared<CAttachments>(owner_, *this);
+  if (!attachments_) {
+    attachments_ = std::make_shared<CAttachments>(owner_, *this);
+    attachments_->SetScanText(scans_text_);
+  }
   return attachments_;
 }
 

@@ -12,13 +12,20 @@
 #include <utility>
 #include <vector>
 
+#include "mailbox/extent.h"
 #include "mailbox/item_iterator.h"
+#include "mailbox/made_on_use.h"
 #include "mailbox/owner.h"
 
 namespace vellobar {
 
 class CAttachment;
 class CMessage;
+class CMessages;
+
+namespace platform {
+class File;
+}
 
 class CAttachments {
  public:
@@ -57,19 +64,39 @@ class CAttachments {
   std::shared_ptr<CMessage> add_as(std::u16string_view name, std::u16string_view filename, int encoding);
   /// Called by the message when it lets this collection go.
   void forget_message() { message_ = nullptr; }
+  /// True when another collection would find the same, and nobody holds or changed anything of this one.
+  bool can_be_found_again() const noexcept;
 
  private:
+  /// An attachment as it was found. Of a few the objects are made at once, and of what reads otherwise than the file;
+  /// of the others when somebody asks for them.
+  struct Found {
+    std::shared_ptr<CAttachment> object;
+    mailbox::PackedExtent part;
+    std::uint32_t parts = 0;  ///< the place in parts_ of the collection it is in
+    int encoding = 0;
+  };
+  static constexpr std::size_t kMostMadeAtOnce = 2048;
+
   bool has_control() const { return owner_ && owner_->control != nullptr; }
   void find_attachments();
   void find_in_parts(CMessage& message);
+  void list(CMessage& part, int encoding, const std::shared_ptr<CMessages>& parts);
+  bool reads_as_listed(CMessage& part) const;
+  std::shared_ptr<CAttachment> made(const Found& found) const;
   void list_again(std::size_t first, std::size_t behind);
   void find_in_text(CMessage& message);
 
   OwnerLink owner_;
   CMessage* message_ = nullptr;
   bool is_scanned_ = false;
+  bool is_whole_ = false;  ///< the search came to its end
+  bool searched_text_ = false;
+  bool has_blocks_ = false;  ///< some were found in text, and have files
   bool scan_text_ = false;
-  std::vector<std::shared_ptr<CAttachment>> items_;
+  mailbox::MadeOnUse<Found> items_;
+  std::shared_ptr<platform::File> file_;         ///< of the parts that are not made yet
+  std::vector<std::weak_ptr<CMessages>> parts_;  ///< the collections that they are in
 };
 
 /// `for (const auto& attachment : message->Attachments())`: see ItemIterator.

@@ -54,14 +54,15 @@ using Doing = std::size_t (*)(Mail& mail);
 
 std::size_t walk(Mail& mail) {
   std::size_t seen = 0;
-  std::vector<CMessage*> waiting{&mail.message()};
+  std::vector<std::shared_ptr<CMessage>> waiting{mail.message().shared_from_this()};
   while (!waiting.empty()) {
-    CMessage& message = *waiting.back();
+    const std::shared_ptr<CMessage> held = std::move(waiting.back());
+    CMessage& message = *held;
     waiting.pop_back();
     if (message.load_headers() == nullptr) continue;
     seen += message.Text().size() + 1;
     const auto parts = message.Parts();
-    for (std::int64_t i = 0; i < parts->Count(); ++i) waiting.push_back(parts->Item(i).get());
+    for (std::int64_t i = 0; i < parts->Count(); ++i) waiting.push_back(parts->Item(i));
   }
   return seen;
 }

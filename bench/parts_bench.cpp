@@ -11,8 +11,10 @@
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "mailbox/message.h"
@@ -52,24 +54,24 @@ Seen read_with_vellobar(const std::string& mailbox) {
   control.SetFilename(std::u16string(mailbox.begin(), mailbox.end()));
   control.Lock();
   const auto messages = control.Messages();
-  std::vector<CMessage*> waiting;
+  std::vector<std::shared_ptr<CMessage>> waiting;
   for (std::int64_t i = 0; i < messages->Count(); ++i, ++seen.messages) {
     const std::shared_ptr<CMessage> message = messages->Item(i);
     message->Subject();
     message->From();
     message->To();
     message->Date();
-    waiting.push_back(message.get());
+    waiting.push_back(message);
     while (!waiting.empty()) {
-      CMessage& part = *waiting.back();
+      const std::shared_ptr<CMessage> part = std::move(waiting.back());
       waiting.pop_back();
-      CMessages* const parts = part.parts_if_any();
+      CMessages* const parts = part->parts_if_any();
       if (parts == nullptr || parts->Count() == 0) {
         ++seen.parts;
-        read_part(part, seen);
+        read_part(*part, seen);
         continue;
       }
-      for (std::int64_t p = 0; p < parts->Count(); ++p) waiting.push_back(parts->Item(p).get());
+      for (std::int64_t p = 0; p < parts->Count(); ++p) waiting.push_back(parts->Item(p));
     }
     message->Unload();
   }

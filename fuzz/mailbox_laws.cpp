@@ -114,14 +114,15 @@ ExpectedMailbox expected_mailbox(CMessages& messages) {
 }
 
 std::size_t tree_size(CMessage& top, std::size_t most) {
-  std::vector<CMessage*> waiting{&top};
+  std::vector<std::shared_ptr<CMessage>> waiting{top.shared_from_this()};
   std::size_t size = 0;
   while (!waiting.empty() && size <= most) {
-    CMessage& message = *waiting.back();
+    const std::shared_ptr<CMessage> held = std::move(waiting.back());
+    CMessage& message = *held;
     waiting.pop_back();
     ++size;
     const std::shared_ptr<CMessages> parts = message.Parts();
-    for (std::int64_t i = 0; i < parts->Count(); ++i) waiting.push_back(parts->Item(i).get());
+    for (std::int64_t i = 0; i < parts->Count(); ++i) waiting.push_back(parts->Item(i));
   }
   return size;
 }

@@ -20,21 +20,23 @@ namespace {
 
 /// A block that runs on to an empty line behind its message's end leaves nothing for parts.
 void require_parts_within(CMessage& top) {
-  std::vector<CMessage*> waiting{&top};
+  std::vector<std::shared_ptr<CMessage>> waiting{top.shared_from_this()};
   while (!waiting.empty()) {
-    CMessage& message = *waiting.back();
+    const std::shared_ptr<CMessage> held = std::move(waiting.back());
+    CMessage& message = *held;
     waiting.pop_back();
     const std::shared_ptr<CMessages> parts = message.Parts();
     std::int64_t position = message.body_offset();
     for (std::int64_t i = 0; i < parts->Count(); ++i) {
-      CMessage& part = *parts->Item(i);
+      const std::shared_ptr<CMessage> held_part = parts->Item(i);
+      CMessage& part = *held_part;
       require(i == 0 ? part.StartPosition() >= position : part.StartPosition() == position,
               "a part begins where the one before it ends");
       require(part.EndPosition() >= part.StartPosition(), "a part does not end before it begins");
       require(part.EndPosition() <= message.EndPosition(), "a part ends within its message");
       require(part.Index() == i, "a part knows its place");
       position = part.EndPosition();
-      waiting.push_back(&part);
+      waiting.push_back(held_part);
     }
   }
 }

@@ -47,7 +47,7 @@ std::string told_by_headers(CMessage& message) {
 
 std::string told_by_tree(CMessage& top) {
   std::string text;
-  std::vector<std::pair<CMessage*, int>> waiting{{&top, 0}};
+  std::vector<std::pair<std::shared_ptr<CMessage>, int>> waiting{{top.shared_from_this(), 0}};
   while (!waiting.empty()) {
     const auto [message, depth] = waiting.back();
     waiting.pop_back();
@@ -58,7 +58,7 @@ std::string told_by_tree(CMessage& top) {
     }
     text += shown(message->MailInfo()) + shown(message->PartsBoundary()) + shown(parts->separator());
     text += told_by_headers(*message) + told([&read = *message] { return read.Text(); }) + "\n";
-    for (std::int64_t i = parts->Count(); i-- > 0;) waiting.push_back({parts->Item(i).get(), depth + 1});
+    for (std::int64_t i = parts->Count(); i-- > 0;) waiting.push_back({parts->Item(i), depth + 1});
   }
   return text;
 }

@@ -23,6 +23,36 @@ struct Extent {
   friend bool operator==(const Extent&, const Extent&) = default;
 };
 
+/// An extent in 24 bytes, for tables of what mail can have a million of, with a few marks for whoever keeps the table.
+class PackedExtent {
+ public:
+  static constexpr int kMarks = 7;
+
+  PackedExtent() = default;
+  explicit PackedExtent(const Extent& extent) noexcept
+      : start_(extent.start),
+        end_(extent.end),
+        numbers_(static_cast<std::uint64_t>(extent.lines) << (kMarks + 1) | (extent.has_separator ? 1 : 0)) {}
+
+  std::int64_t start() const noexcept { return start_; }
+  bool has_separator() const noexcept { return (numbers_ & 1) != 0; }
+  Extent extent() const noexcept {
+    return {start_, end_, static_cast<std::int64_t>(numbers_ >> (kMarks + 1)), has_separator()};
+  }
+
+  unsigned marks() const noexcept { return static_cast<unsigned>(numbers_ >> 1 & kAllMarks); }
+  void set_marks(unsigned marks) noexcept {
+    numbers_ = (numbers_ & ~(kAllMarks << 1)) | static_cast<std::uint64_t>(marks) << 1;
+  }
+
+ private:
+  static constexpr std::uint64_t kAllMarks = (1 << kMarks) - 1;
+
+  std::int64_t start_ = 0;
+  std::int64_t end_ = 0;
+  std::uint64_t numbers_ = 0;  ///< the lines, the marks, whether there is a separator line
+};
+
 /// Takes the messages of a scan in the order of the file, each one complete.
 class ExtentSink {
  public:

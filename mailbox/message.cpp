@@ -21,23 +21,22 @@ CMessage::CMessage(OwnerLink owner, CMessages* collection, std::shared_ptr<platf
                    const mailbox::Extent& extent)
     : start_(extent.start),
       end_(extent.end),
-      bytes_(extent.end - extent.start),
       lines_(extent.lines),
       has_separator_(extent.has_separator),
       first_line_is_separator_(extent.has_separator),
-      file_(std::move(file)),
+      collection_(collection),
       owner_(std::move(owner)),
-      collection_(collection) {}
+      file_(std::move(file)) {}
 
 CMessage::CMessage(OwnerLink owner, CMessages* collection, std::shared_ptr<platform::File> own_file, std::int64_t size)
     : end_(size),
-      bytes_(size),
       // Not a count of lines: deliberate, see a_message_added_from_a_file_reports_its_size_as_lines.
       lines_(size),
       has_own_file_(own_file != nullptr),
-      file_(std::move(own_file)),
+      collection_(collection),
       owner_(std::move(owner)),
-      collection_(collection) {}
+      file_(std::move(own_file)),
+      temporary_files_(has_own_file_ ? std::make_unique<TemporaryFiles>() : nullptr) {}
 
 CMessage::~CMessage() {
   drop_attachments();
@@ -111,14 +110,14 @@ void CMessage::Unload() {
   // a_message_that_was_unloaded_comes_back_without_its_first_line.
   has_separator_ = false;
   close_own_file();
-  for (std::size_t slot = 0; slot < temporary_files_.size(); ++slot) delete_temporary_file(slot);
+  for (const std::size_t slot : {kTextFile, kBodyFile, kAttachmentFile}) delete_temporary_file(slot);
 }
 
 void CMessage::drop_content() {
   drop_attachments();
   drop_body();
   headers_.reset();
-  headers_were_read_ = false;
+  headers_were_read_ = parts_were_read_ = scans_text_ = false;
 }
 
 void CMessage::drop_body() {
@@ -126,6 +125,7 @@ void CMessage::drop_body() {
   text_was_put_ = false;
   is_cut_short_ = false;
   has_misplaced_parts_ = false;
+  stays_whole_ = false;
   drop_parts();
 }
 
@@ -154,9 +154,13 @@ void CMessage::close_own_file() {
 }
 
 void CMessage::delete_temporary_file(std::size_t slot) {
-  if (temporary_files_[slot].empty()) return;
-  platform::remove_file(temporary_files_[slot]);
-  temporary_files_[slot].clear();
+  if (!temporary_files_ || (*temporary_files_)[slot].empty()) return;
+  platform::remove_file((*temporary_files_)[slot]);
+  (*temporary_files_)[slot].clear();
+}
+
+void CMessage::make_room_for_temporary_files() {
+  if (!temporary_files_) temporary_files_ = std::make_unique<TemporaryFiles>();
 }
 
 void CMessage::forget_collection(const CMessages& collection) {
@@ -188,8 +192,9 @@ std::u16string CMessage::Body() {
   Joiner joiner;
   // About what it will be, because a long text that grows is there twice. Line ends may be longer than they were.
   const std::int64_t in_file = file_ ? std::clamp<std::int64_t>(Size(), 0, file_->size()) : 0;
+  const std::int64_t longer = parts_ ? std::max(in_file / 8, parts_->Count() * 4) : 0;
   const std::size_t own = (headers_ ? headers_->most_bytes() : 0) + platform::kLineEnd.size() + body_->size();
-  joiner.text.reserve(std::max(own, static_cast<std::size_t>(parts_ ? in_file + in_file / 8 : 0)));
+  joiner.text.reserve(std::max(own, static_cast<std::size_t>(parts_ ? in_file + longer : 0)));
   append_own_body(joiner.text);
   if (parts_ && parts_->Count() > 0) mailbox::walk_parts(*this, joiner);
   return std::move(joiner.text);

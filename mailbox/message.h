@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "mailbox/extent.h"
+#include "mailbox/message_entry.h"
 #include "mailbox/owner.h"
 
 namespace vellobar {
@@ -59,7 +60,7 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// EndPosition less StartPosition.
   std::int64_t Size() const { return end_ - start_; }
   /// Bytes and lines as counted by the scan; a message from a file of its own counts no lines (see Messages.Add, Peek).
-  std::int64_t Bytes() const { return bytes_; }
+  std::int64_t Bytes() const { return Size(); }
   std::int64_t Lines() const { return lines_; }
   /// For the client's own use.
   std::any& Tag() { return tag_; }
@@ -149,7 +150,7 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// The collection of parts.
   std::shared_ptr<CMessages> Parts();
   /// The delimiter line of the parts, as far as it is known.
-  const std::u16string& PartsBoundary() const { return parts_boundary_; }
+  const std::u16string& PartsBoundary();
 
   // ---- Decoded texts ----
 
@@ -192,13 +193,15 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// The Windows code page of the message's own charset name; 0 when it names none that counts.
   int code_page();
 
+  /// Whether the first line is a separator line.
+  bool has_separator() const { return has_separator_; }
   /// The file the text is read from, if any, and where the body begins in it once the headers were loaded.
   const std::shared_ptr<platform::File>& file() const { return file_; }
   std::int64_t body_offset() const { return body_offset_; }
 
   /// The message itself or the part below it that carries this content type, searched depth first; null when there is
-  /// none. The part is kept by its collection.
-  CMessage* find_part(std::u16string_view content_type);
+  /// none.
+  std::shared_ptr<CMessage> find_part(std::u16string_view content_type);
   /// The parts of a message that has a boundary or was given parts, else null. A text without a boundary is not read.
   CMessages* parts_if_any();
 
@@ -220,8 +223,18 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// memory. Throws std::system_error when the sink fails or the message cannot be read whole.
   void write(platform::ByteSink& sink, Place place, bool keeps);
 
-  /// Loads the message and all parts below it.
-  void load_tree();
+  /// Loads the message and all parts below it. With `for_good` they stay in memory, because the file may be closed;
+  /// else parts that nobody holds may be let go again.
+  void load_tree(bool for_good);
+
+  /// True when a message that the caller and its collection alone hold reads the same after it is made again, with all
+  /// that was made below it. Looks at no more objects than `patience`, and takes them off it.
+  bool reads_the_same_again(std::size_t& patience) const noexcept;
+  /// What is left when the message is let go, and what a message made again starts with.
+  mailbox::Traces traces() const;
+  void bear(const mailbox::Traces& traces) noexcept;
+  /// Notes that an attachment knows this part, so that it is not let go by itself.
+  void note_attachment() noexcept { has_attachment_ = true; }
 
   /// What of a message is in memory.
   struct Held {
@@ -262,12 +275,13 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// Stores MailInfo without telling anybody; what is loaded later does not replace it.
   void store_mail_info(std::u16string mail_info) noexcept;
   /// Notes the temporary file that an added attachment reads from; only Unload deletes it.
-  void keep_attachment_file(std::string path) { temporary_files_[kAttachmentFile] = std::move(path); }
+  void keep_attachment_file(std::string path) { (*temporary_files_)[kAttachmentFile] = std::move(path); }
 
  private:
   /// A `remembered_index_` that is never kept.
   static constexpr std::int64_t kSeveralPlaces = -2;
-  /// Slots of `temporary_files_`.
+  /// Paths of temporary files, by what they are for.
+  using TemporaryFiles = std::array<std::string, 3>;
   static constexpr std::size_t kTextFile = 0;
   static constexpr std::size_t kBodyFile = 1;
   static constexpr std::size_t kAttachmentFile = 2;
@@ -289,6 +303,8 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   void drop_parts();
   void drop_attachments();
   void close_own_file();
+  /// For what stores a path later, when nothing may fail any longer.
+  void make_room_for_temporary_files();
   void delete_temporary_file(std::size_t slot);
   void write_to_file(const std::string& path);
   /// Where Save and Text put write it.
@@ -300,6 +316,10 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// The whole message but its parts, as a client reads it.
   void append_own_body(std::u16string& to) const;
   bool is_as_read();
+  bool is_as_found() const noexcept;
+  bool is_unloaded() const { return first_line_is_separator_ && !has_separator_; }
+  /// What ScanText of the attachments says.
+  bool scans_text() const;
   /// The same of all but its own headers.
   bool has_body_of_file();
   /// True when the header block, which has been read, goes on behind the end.
@@ -312,31 +332,36 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
 
   std::int64_t start_ = 0;
   std::int64_t end_ = 0;
-  std::int64_t bytes_ = 0;
   std::int64_t lines_ = 0;
-  std::any tag_;
-  std::u16string mail_info_;
+  std::int64_t body_offset_ = 0;
+  mutable std::int64_t remembered_index_ = -1;
   bool has_separator_ = false;
   bool first_line_is_separator_ = false;  ///< what has_separator_ was before an Unload cleared it
   bool changed_ = false;
   bool has_own_file_ = false;
   bool mail_info_given_ = false;
-  std::array<std::string, 3> temporary_files_;
-  std::shared_ptr<platform::File> file_;
-  OwnerLink owner_;
-  CMessages* collection_ = nullptr;
-  mutable std::int64_t remembered_index_ = -1;
-  std::shared_ptr<CHeaders> headers_;
-  bool headers_were_read_ = false;  ///< and dropped to save memory
-  std::int64_t body_offset_ = 0;
-  std::optional<std::string> body_;
+  // What was read and dropped to save memory.
+  bool headers_were_read_ = false;
+  bool body_was_read_ = false;
+  bool parts_were_read_ = false;
+  bool scans_text_ = false;
+  bool stays_whole_ = false;          ///< was loaded because its file may be closed
+  bool has_attachment_ = false;       ///< and attachments know this part
   bool text_was_put_ = false;         ///< the body is not that of the file
   bool is_cut_short_ = false;         ///< the file gave less of the body than it should hold
   bool has_misplaced_parts_ = false;  ///< the parts do not lie where their positions say, or are not all there
+  CMessages* collection_ = nullptr;
+  OwnerLink owner_;
+  std::shared_ptr<platform::File> file_;
+  std::shared_ptr<CHeaders> headers_;
+  std::u16string mail_info_;
+  std::optional<std::string> body_;
   std::u16string parts_boundary_;
   std::shared_ptr<CMessages> parts_;
   std::shared_ptr<CAttachments> attachments_;
   std::shared_ptr<const mime::PartOutline> outline_;
+  std::any tag_;
+  std::unique_ptr<TemporaryFiles> temporary_files_;  ///< made together with the first file of its own
 };
 
 }  // namespace vellobar

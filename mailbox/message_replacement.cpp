@@ -56,7 +56,7 @@ void CMessage::read_from(OwnFile own) noexcept {
   mail_info_given_ = true;
   has_own_file_ = own.file != nullptr;
   start_ = 0;
-  end_ = bytes_ = own.file ? own.file->size() : 0;
+  end_ = own.file ? own.file->size() : 0;
   // Not a count of lines: deliberate, see peek_reports_the_file_size_as_bytes_and_one_line.
   lines_ = own.file ? 1 : 0;
   body_offset_ = own.body_offset;
@@ -71,7 +71,7 @@ void CMessage::SetText(std::u16string_view text) {
   if (!loaded_headers()) throw Error(ErrorNumber::cannot_load_text, Reporter::message);
   std::string body = platform::process_bytes(text);
   if (body.size() <= platform::kLineEnd.size() || !body.ends_with(platform::kLineEnd)) body += platform::kLineEnd;
-  load_tree();
+  load_tree(false);
   const bool was_put = std::exchange(text_was_put_, true);
   const bool was_cut_short = std::exchange(is_cut_short_, false);
   body_->swap(body);
@@ -87,6 +87,7 @@ void CMessage::SetText(std::u16string_view text) {
 }
 
 void CMessage::move_to_own_file() {
+  make_room_for_temporary_files();
   mailbox::ScratchFile file;
   write_to_file(file.path());
   OwnFile own = own_file(platform::File::open(file.path()), separator_line_for(own_place()).has_value());
@@ -95,10 +96,11 @@ void CMessage::move_to_own_file() {
   read_mail_info();
   read_from(std::move(own));
   delete_temporary_file(kTextFile);
-  temporary_files_[kTextFile] = file.keep();
+  (*temporary_files_)[kTextFile] = file.keep();
 }
 
 void CMessage::SetBody(std::u16string_view body) {
+  make_room_for_temporary_files();
   const std::string bytes = platform::process_bytes(body);
   mailbox::ScratchFile file;
   file.write(bytes);
@@ -113,10 +115,10 @@ void CMessage::SetBody(std::u16string_view body) {
   file_ = std::move(opened);
   outline_.reset();
   start_ = body_offset_ = 0;
-  end_ = bytes_ = file_->size();
+  end_ = file_->size();
   lines_ = count_lines(bytes);
   delete_temporary_file(kBodyFile);
-  temporary_files_[kBodyFile] = file.keep();
+  (*temporary_files_)[kBodyFile] = file.keep();
   mark_changed(owner_);
 }
 

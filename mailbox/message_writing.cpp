@@ -1,5 +1,6 @@
 // How one message is written: to a mailbox by an update, and to a file by Save.
 #include <algorithm>
+#include <deque>
 #include <system_error>
 #include <vector>
 
@@ -46,7 +47,8 @@ void CMessage::write_to_file(const std::string& path) {
     // Put together before the file is emptied: the message or one of its parts may be read from it, and a message that
     // cannot be read whole must not cost what the file held.
     mailbox::Spool whole;
-    write(whole, own_place(), true);
+    load_tree(false);
+    write(whole, own_place(), false);
     const std::unique_ptr<platform::OutputFile> output = platform::OutputFile::create(path);
     if (!output) throw Error(ErrorNumber::cannot_update_mailbox, Reporter::message);
     whole.move_to(*output);
@@ -73,7 +75,7 @@ void CMessage::write(platform::ByteSink& sink, Place place, bool keeps) {
 
     mailbox::LineSink sink;
   };
-  if (keeps) load_tree();
+  if (keeps) load_tree(true);
   Writer writer(sink);
   if (writer.visit(*this, place)) mailbox::walk_parts(*this, writer);
 }
@@ -179,14 +181,28 @@ void CMessage::write_own_bytes(platform::ByteSink& sink, Place place) {
   platform::copy_bytes(*file_, position, std::min(end_, file_->size()), sink);
 }
 
-void CMessage::load_tree() {
-  std::vector<CMessage*> waiting{this};
-  while (!waiting.empty()) {
-    CMessage& message = *waiting.back();
-    waiting.pop_back();
+void CMessage::load_tree(bool for_good) {
+  struct Level {
+    std::shared_ptr<CMessage> message;  ///< null for the top
+    CMessages& parts;
+    std::int64_t next = 0;
+  };
+  const auto load = [for_good](CMessage& message) {
     message.Load();
-    if (!message.parts_) continue;
-    for (std::int64_t i = 0; i < message.parts_->Count(); ++i) waiting.push_back(message.parts_->Item(i).get());
+    message.stays_whole_ = message.stays_whole_ || for_good;
+  };
+  load(*this);
+  std::deque<Level> levels;
+  if (parts_) levels.push_back({nullptr, *parts_});
+  while (!levels.empty()) {
+    Level& level = levels.back();
+    if (level.next == level.parts.Count()) {
+      levels.pop_back();
+      continue;
+    }
+    std::shared_ptr<CMessage> part = level.parts.Item(level.next++);
+    load(*part);
+    if (CMessages* const parts = part->existing_parts()) levels.push_back({std::move(part), *parts});
   }
 }
 

@@ -15,6 +15,19 @@
 
 namespace vellobar {
 
+namespace {
+
+class EntrySink final : public mailbox::ExtentSink {
+ public:
+  explicit EntrySink(mailbox::MadeOnUse<mailbox::MessageEntry>& entries) : entries_(entries) {}
+  void found(const mailbox::Extent& extent) override { entries_.push_back(mailbox::MessageEntry(extent)); }
+
+ private:
+  mailbox::MadeOnUse<mailbox::MessageEntry>& entries_;
+};
+
+}  // namespace
+
 CMessages::CMessages() : CMessages(OwnerLink()) {}
 
 CMessages::CMessages(OwnerLink owner) : owner_(std::move(owner)), separator_(mailbox::kWideSeparator) {}
@@ -49,7 +62,7 @@ void CMessages::release(std::shared_ptr<CMessages> parts) noexcept {
 /// The parts of the items go to the front of a list of collections.
 void CMessages::release_items(std::shared_ptr<CMessages>& to_release) noexcept {
   for (; !items_.empty(); items_.pop_back()) {
-    const std::shared_ptr<CMessage> object = std::move(items_.back().object);
+    const std::shared_ptr<CMessage> object = items_.back().give_up_object();
     if (!object) continue;
     object->forget_collection(*this);
     if (object.use_count() > 1) continue;
@@ -65,23 +78,28 @@ std::shared_ptr<CMessage> CMessages::Item(std::int64_t index) {
   return object_at(static_cast<std::size_t>(index));
 }
 
-const std::shared_ptr<CMessage>& CMessages::object_at(std::size_t index) {
+std::shared_ptr<CMessage> CMessages::object_at(std::size_t index) {
   Entry& entry = items_[index];
-  if (!entry.object) {
-    entry.object = new_object(entry);
-    entry.object->remember_index(static_cast<std::int64_t>(index));
-  }
-  return entry.object;
+  if (entry.object()) return entry.object();
+  std::shared_ptr<CMessage> object = new_object(entry);
+  object->remember_index(static_cast<std::int64_t>(index));
+  if (owner_) owner_->recent.make_room();
+  entry.keep(object);
+  if (owner_) owner_->recent.add(object);
+  return object;
 }
 
 std::shared_ptr<CMessage> CMessages::for_walking(std::int64_t index) {
   const Entry& entry = items_[static_cast<std::size_t>(index)];
-  return entry.object ? entry.object : new_object(entry);
+  return entry.object() ? entry.object() : new_object(entry);
 }
 
 std::shared_ptr<CMessage> CMessages::new_object(const Entry& entry) {
-  auto object = std::make_shared<CMessage>(owner_, this, file_, entry.extent);
+  auto object = std::make_shared<CMessage>(owner_, this, file_, entry.extent());
   if (outline_) object->use_outline(outline_);
+  mailbox::Traces traces = entry.traces();
+  if (parts_were_read_) traces.headers_were_read = traces.body_was_read = traces.parts_were_read = true;
+  object->bear(traces);
   return object;
 }
 
@@ -95,17 +113,17 @@ void CMessages::keep_headers_that_run_on(CMessage& message) noexcept {
 
 void CMessages::append_existing(std::vector<CMessage*>& to) const {
   for (const Entry& entry : items_) {
-    if (entry.object) to.push_back(entry.object.get());
+    if (entry.object()) to.push_back(entry.object().get());
   }
 }
 
 bool CMessages::has_held_items() const {
-  return std::any_of(items_.begin(), items_.end(), [](const Entry& entry) { return entry.object.use_count() > 1; });
+  return std::any_of(items_.begin(), items_.end(), [](const Entry& entry) { return entry.object().use_count() > 1; });
 }
 
 bool CMessages::is_as_scanned() const {
   return !is_edited_ && std::all_of(items_.begin(), items_.end(), [&](const Entry& entry) {
-    return !entry.object || entry.object->is_read_from(file_.get(), entry.extent);
+    return !entry.object() || entry.object()->is_read_from(file_.get(), entry.extent());
   });
 }
 
@@ -113,13 +131,16 @@ std::int64_t CMessages::position_of(const CMessage& message) const {
   // Nearly always the message still is where it was found last; removals before it shift it.
   const std::int64_t remembered = message.remembered_index();
   if (remembered >= 0 && remembered < Count() &&
-      items_[static_cast<std::size_t>(remembered)].object.get() == &message) {
+      items_[static_cast<std::size_t>(remembered)].object().get() == &message) {
     return remembered;
   }
-  const auto found =
-      std::find_if(items_.begin(), items_.end(), [&](const Entry& entry) { return entry.object.get() == &message; });
-  if (found == items_.end()) return -1;
-  const std::int64_t position = found - items_.begin();
+  const auto is_place = [&](const Entry& entry) { return entry.object().get() == &message; };
+  // A message that has one place is not far in front of where it was.
+  const std::int64_t was = std::clamp<std::int64_t>(remembered, 0, Count());
+  std::int64_t position = was - 1;
+  while (position >= 0 && !is_place(items_[static_cast<std::size_t>(position)])) --position;
+  if (position < 0) position = std::find_if(items_.begin() + was, items_.end(), is_place) - items_.begin();
+  if (position == Count()) return -1;
   message.remember_index(position);
   return position;
 }
@@ -147,7 +168,7 @@ std::shared_ptr<CMessage> CMessages::Add(std::u16string_view filename) {
 void CMessages::Add(const std::shared_ptr<CMessage>& message) {
   if (!message || message->has_below(*this)) throw Error(Status::invalid_argument);
   // Whole: the file it is read from may be closed before this collection is written.
-  message->load_tree();
+  message->load_tree(true);
   message->forget_index();
   append(message, Carries::its_own_line);
   mark_changed(owner_);
@@ -165,7 +186,7 @@ std::shared_ptr<CMessage> CMessages::adopt(std::shared_ptr<platform::File> file,
 std::shared_ptr<CMessage> CMessages::append_empty() {
   auto message = std::make_shared<CMessage>(owner_, this, nullptr, 0);
   message->SetBody({});
-  items_.push_back({{}, message});
+  items_.push_back(Entry(message));
   is_edited_ = true;
   return message;
 }
@@ -176,7 +197,7 @@ void CMessages::append(const std::shared_ptr<CMessage>& message, Carries line) {
   } else {
     message->make_missing_separator_line();
   }
-  items_.push_back({{}, message});
+  items_.push_back(Entry(message));
   try {
     // Behind everything else that can fail: a part that is not added leaves its parent as it was.
     const bool takes_delimiter = line == Carries::the_delimiter;
@@ -191,9 +212,8 @@ void CMessages::append(const std::shared_ptr<CMessage>& message, Carries line) {
 void CMessages::Remove(const CMessage& message) {
   const std::int64_t position = position_of(message);
   if (position < 0) throw Error(Status::invalid_argument);
-  const auto place = items_.begin() + static_cast<std::ptrdiff_t>(position);
-  remember_removed(*place);
-  items_.erase(place);
+  remember_removed(items_[static_cast<std::size_t>(position)]);
+  items_.erase(static_cast<std::size_t>(position));
   mark_changed(owner_);
 }
 
@@ -205,8 +225,8 @@ void CMessages::RemoveAll() {
 
 void CMessages::remember_removed(const Entry& entry) {
   is_edited_ = true;
-  if (entry.extent.has_separator) removed_positions_.push_back(entry.extent.start);
-  if (entry.object) removed_.push_back(entry.object);
+  if (entry.has_separator()) removed_positions_.push_back(entry.start());
+  if (entry.object()) removed_.push_back(entry.object());
 }
 
 bool CMessages::scan(const std::shared_ptr<platform::File>& file, std::int64_t from, std::int64_t limit) {
@@ -232,10 +252,12 @@ mailbox::ScanResult CMessages::split(const std::shared_ptr<platform::File>& file
 }
 
 void CMessages::split(const std::shared_ptr<platform::File>& file, std::u16string_view delimiter,
-                      const std::vector<mailbox::Extent>& parts, std::shared_ptr<const mime::PartOutline> outline) {
+                      const std::function<void(mailbox::ExtentSink&)>& find_parts,
+                      std::shared_ptr<const mime::PartOutline> outline) {
   // Put together first: when memory runs out, nothing was split.
   mailbox::MadeOnUse<Entry> items;
-  for (const mailbox::Extent& extent : parts) items.push_back({extent, nullptr});
+  EntrySink sink(items);
+  find_parts(sink);
   std::u16string separator(delimiter);
   file_ = file;
   set_separator(std::move(separator));
@@ -245,13 +267,8 @@ void CMessages::split(const std::shared_ptr<platform::File>& file, std::u16strin
 }
 
 mailbox::ScanResult CMessages::scan_range(std::int64_t from, std::int64_t limit) {
-  struct Sink final : mailbox::ExtentSink {
-    explicit Sink(mailbox::MadeOnUse<Entry>& entries) : items(entries) {}
-    void found(const mailbox::Extent& extent) override { items.push_back({extent, nullptr}); }
-    mailbox::MadeOnUse<Entry>& items;
-  };
   scanned_separator_ = platform::process_bytes(separator_);
-  Sink sink(items_);
+  EntrySink sink(items_);
   return mailbox::scan(*file_, from, limit, scanned_separator_, sink);
 }
 
@@ -260,7 +277,7 @@ void CMessages::check_positions() const {
   // seem.
   for (const std::int64_t position : removed_positions_) check_position(position);
   for (const Entry& entry : items_) {
-    if (entry.extent.has_separator) check_position(entry.extent.start);
+    if (entry.has_separator()) check_position(entry.start());
   }
 }
 
@@ -268,7 +285,7 @@ void CMessages::write_mailbox(platform::ByteSink& sink) {
   check_positions();
   // What was removed may be held by a client, or be in another mailbox, and is read from the file that is about to go.
   for (const std::weak_ptr<CMessage>& removed : removed_) {
-    if (const std::shared_ptr<CMessage> message = removed.lock()) message->load_tree();
+    if (const std::shared_ptr<CMessage> message = removed.lock()) message->load_tree(true);
   }
   write(sink);
 }
@@ -285,17 +302,18 @@ void CMessages::check_position(std::int64_t position) const {
 
 void CMessages::write(platform::ByteSink& to) {
   mailbox::LineSink sink(to);
-  for (Entry& entry : items_) {
+  for (const Entry& entry : items_) {
     sink.end_line();
-    if (!entry.object) {
+    if (!entry.object()) {
       new_object(entry)->write(sink, CMessage::Place::alone, false);
       continue;
     }
     // What a client holds stays in memory afterwards, since the file it was read from is about to be replaced.
-    const bool keeps = entry.object.use_count() > 1 || entry.object->has_held_parts();
-    const CMessage::Held before = entry.object->held();
-    entry.object->write(sink, CMessage::Place::alone, keeps);
-    if (!keeps) entry.object->drop_what_walking_read(before);
+    const bool keeps = entry.object().use_count() > 1 || entry.object()->has_held_parts();
+    const std::shared_ptr<CMessage> message = entry.object();
+    const CMessage::Held before = message->held();
+    message->write(sink, CMessage::Place::alone, keeps);
+    if (!keeps) message->drop_what_walking_read(before);
   }
   if (!items_.empty()) sink.write(platform::kLineEnd);
 }

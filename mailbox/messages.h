@@ -1,9 +1,11 @@
 // An ordered collection of messages: a mailbox's, filled by a scan, or the parts of a message. A scanned message is an
-// extent in a compact table; its object is made when somebody asks for it, and then kept. Add, Remove and RemoveAll
-// tell the owning control.
+// extent in a compact table; its object is made when somebody asks for it, and kept as long as somebody holds it or it
+// differs from what would be read again. Of the others in a mailbox only those made last are kept; see RecentMessages.
+// Add, Remove and RemoveAll tell the owning control.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <iterator>
 #include <memory>
 #include <string>
@@ -14,6 +16,7 @@
 #include "mailbox/extent.h"
 #include "mailbox/item_iterator.h"
 #include "mailbox/made_on_use.h"
+#include "mailbox/message_entry.h"
 #include "mailbox/owner.h"
 
 namespace vellobar {
@@ -46,7 +49,8 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
 
   std::int64_t Count() const { return static_cast<std::int64_t>(items_.size()); }
 
-  /// The message at a position counted from 0; Status::invalid_argument outside.
+  /// The message at a position counted from 0; Status::invalid_argument outside. The object lives as long as the caller
+  /// holds it; nobody may keep a plain pointer to it.
   std::shared_ptr<CMessage> Item(std::int64_t index);
 
   /// Appends a new empty message.
@@ -78,9 +82,10 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   mailbox::ScanResult split(const std::shared_ptr<platform::File>& file, std::int64_t from, std::int64_t limit,
                             std::u16string_view delimiter);
 
-  /// The same with what an outline has found, which the parts share.
+  /// The same with what an outline has found, which the parts share when it is given.
   void split(const std::shared_ptr<platform::File>& file, std::u16string_view delimiter,
-             const std::vector<mailbox::Extent>& parts, std::shared_ptr<const mime::PartOutline> outline);
+             const std::function<void(mailbox::ExtentSink&)>& find_parts,
+             std::shared_ptr<const mime::PartOutline> outline);
 
   /// A new message whose text is an open file of this size, appended without telling the control. A parts collection
   /// makes its parent multipart first when it is not.
@@ -93,6 +98,15 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   std::shared_ptr<CMessage> for_walking(std::int64_t index);
   /// The messages that are held as objects are appended.
   void append_existing(std::vector<CMessage*>& to) const;
+  /// Lets the object of a message go, of which the caller has one reference, when nobody else holds anything of it and
+  /// it reads the same when it is made again. Looks at no more objects than `patience`, and takes them off it.
+  void let_go(const std::shared_ptr<CMessage>& message, std::size_t& patience) noexcept;
+  /// The message that a scan found at that position of the file, as long as it is here or somebody holds it; else null.
+  std::shared_ptr<CMessage> found_at(std::int64_t start);
+  /// True when one of the messages was read.
+  bool has_traces() const;
+  /// For the parts of a message that was let go after some of them had been read.
+  void count_as_read() noexcept { parts_were_read_ = true; }
   /// True when a client holds one of the messages.
   bool has_held_items() const;
   /// True while the collection holds just what was scanned, each message where it was found.
@@ -121,14 +135,11 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   static void release(std::shared_ptr<CMessages> parts) noexcept;
 
  private:
-  struct Entry {
-    mailbox::Extent extent;
-    std::shared_ptr<CMessage> object;
-  };
+  using Entry = mailbox::MessageEntry;
 
   void give_up_items() noexcept;
   void release_items(std::shared_ptr<CMessages>& to_release) noexcept;
-  const std::shared_ptr<CMessage>& object_at(std::size_t index);
+  std::shared_ptr<CMessage> object_at(std::size_t index);
   mailbox::ScanResult scan_range(std::int64_t from, std::int64_t limit);
   std::shared_ptr<CMessage> new_object(const Entry& entry);
   void write(platform::ByteSink& to);
@@ -145,6 +156,7 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   mailbox::MadeOnUse<Entry> items_;
   std::shared_ptr<const mime::PartOutline> outline_;
   bool is_edited_ = false;
+  bool parts_were_read_ = false;
   std::string scanned_separator_;                 ///< the separator as the scan compared it
   std::vector<std::int64_t> removed_positions_;   ///< where scanned messages began that were removed since
   std::vector<std::weak_ptr<CMessage>> removed_;  ///< objects of removed messages, which others may hold

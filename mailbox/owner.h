@@ -5,12 +5,15 @@
 
 #include <memory>
 
+#include "mailbox/recent_messages.h"
+
 namespace vellobar {
 
 class CVellobar;
 
 struct Owner {
   CVellobar* control = nullptr;
+  mailbox::RecentMessages recent;
 };
 
 using OwnerLink = std::shared_ptr<Owner>;

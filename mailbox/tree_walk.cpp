@@ -1,9 +1,9 @@
 #include "mailbox/tree_walk.h"
 
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <utility>
-#include <vector>
 
 #include "mailbox/messages.h"
 
@@ -22,7 +22,7 @@ struct Level {
 }  // namespace
 
 void walk_parts(CMessage& top, TreeVisitor& visitor) {
-  std::vector<Level> levels;
+  std::deque<Level> levels;
   levels.push_back({nullptr, {}, *top.existing_parts()});
   while (!levels.empty()) {
     Level& level = levels.back();

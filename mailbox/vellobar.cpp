@@ -115,6 +115,7 @@ void CVellobar::Lock() {
   path_ = std::move(path);
   file_ = std::move(file);
   wholly_indexed_ = false;
+  owner_->recent.allow_for(file_->size());
   wholly_indexed_ = messages_->scan(file_, 0, file_->size());
 }
 

@@ -22,13 +22,22 @@ namespace vellobar {
 namespace {
 
 /// Null also where there is no memory for it: the plain form needs less.
-std::shared_ptr<const mime::PartOutline> read_outline(platform::File& file, std::int64_t from, std::int64_t limit,
-                                                      std::string_view separator) {
+std::shared_ptr<mime::PartOutline> read_outline(platform::File& file, std::int64_t from, std::int64_t limit,
+                                                std::string_view separator) {
   try {
     return mime::PartOutline::read(file, from, limit, separator);
   } catch (const std::bad_alloc&) {
     return nullptr;
   }
+}
+
+/// Whether the line at that position is this and nothing else.
+bool is_line(platform::File& file, std::int64_t position, std::string_view line) {
+  std::string bytes(line.size() + 2, '\0');
+  bytes.resize(file.read(position, bytes.data(), bytes.size()));
+  if (!bytes.starts_with(line)) return false;
+  const std::string_view behind = std::string_view(bytes).substr(line.size());
+  return behind.empty() || behind.starts_with('\n') || behind == "\r\n";
 }
 
 bool is_scan_out_of_memory(const Error& error) {
@@ -57,15 +66,14 @@ void CMessage::load_body() {
 
 bool CMessage::load_from_outline(std::string_view delimiter) {
   if (!outline_ || !file_ || delimiter.empty()) return false;
-  const mime::PartOutline::Multipart* const known = outline_->find(start_, body_offset_, delimiter);
-  if (known == nullptr) return false;
+  const mime::PartOutline::Multipart* const known = outline_->find(start_, body_offset_);
+  if (known == nullptr || !is_line(*file_, known->opening, delimiter)) return false;
   std::string text(static_cast<std::size_t>(known->opening - body_offset_), '\0');
   // A file that has less by now, or is closed, is read as it is.
-  char at_opening = '\0';
   if (file_->read(body_offset_, text.data(), text.size()) < text.size()) return false;
-  if (file_->read(known->opening, &at_opening, 1) < 1) return false;
   ensure_parts();
-  parts_->split(file_, parts_boundary_, outline_->parts(*known), outline_);
+  parts_->split(
+      file_, parts_boundary_, [&](mailbox::ExtentSink& sink) { outline_->parts(*known, sink); }, outline_);
   body_ = std::move(text);
   return true;
 }
@@ -79,9 +87,9 @@ void CMessage::split_parts(std::int64_t from) {
     return;
   }
   is_cut_short_ = is_cut_short_ || (!outline->is_whole() && outline->end() < std::min(end_, file_->size()));
-  const std::vector<mailbox::Extent> parts = outline->parts();
-  if (!outline->has_multiparts()) outline.reset();
-  parts_->split(file_, parts_boundary_, parts, std::move(outline));
+  parts_->split(
+      file_, parts_boundary_, [&](mailbox::ExtentSink& sink) { outline->take_parts(sink); },
+      outline->has_multiparts() ? outline : nullptr);
 }
 
 void CMessage::split_level(std::int64_t from) {
@@ -91,7 +99,17 @@ void CMessage::split_level(std::int64_t from) {
 }
 
 void CMessage::ensure_parts() {
-  if (!parts_) parts_ = std::make_shared<CMessages>(owner_, *this);
+  if (parts_) return;
+  parts_ = std::make_shared<CMessages>(owner_, *this);
+  if (parts_were_read_) parts_->count_as_read();
+}
+
+const std::u16string& CMessage::PartsBoundary() {
+  if (body_was_read_ && !body_ && load_headers() != nullptr) {
+    parts_boundary_ = platform::widen(platform::kThreadCodePage, mime::delimiter_of(*headers_));
+    body_was_read_ = false;
+  }
+  return parts_boundary_;
 }
 
 CMessages* CMessage::parts_if_any() {

@@ -70,9 +70,9 @@ void CMessage::make_multipart(std::u16string_view subtype) {
 void CMessage::set_text_part(std::u16string_view content_type, std::u16string_view text) {
   SetMIMEVersion(u"1.0");
   if (find_part(u"multipart/alternative") == nullptr) make_multipart(u"alternative");
-  CMessage* part = find_part(content_type);
+  std::shared_ptr<CMessage> part = find_part(content_type);
   if (part == nullptr) {
-    part = Parts()->append_empty().get();
+    part = Parts()->append_empty();
     part->SetContentType(content_type);
   }
   part->SetText(text);

@@ -85,7 +85,7 @@ class OutlineReader {
     open_multipart(separator);
   }
 
-  std::shared_ptr<const PartOutline> read() && {
+  std::shared_ptr<PartOutline> read() && {
     reserve();
     while (position_ < limit_) {
       const Block block = next_block();
@@ -236,8 +236,8 @@ class OutlineReader {
     if (level == kNone) return true;
     if (level == 0) return false;
     const std::size_t node = levels_[level].node;
-    outline_->multiparts_.resize(outline_->nodes_[node].multiparts_before);
-    outline_->nodes_.resize(node + 1);
+    outline_->multiparts_.cut(outline_->nodes_[node].multiparts_before);
+    outline_->nodes_.cut(node + 1);
     close_levels(level);
     place_ = Place::text;
     return true;
@@ -321,7 +321,7 @@ class OutlineReader {
 
   void open_preamble(std::int64_t start) {
     const std::size_t node = levels_.back().open;
-    outline_->multiparts_.push_back({body_start_, start, delimiter_, node});
+    outline_->multiparts_.push_back({body_start_, start, node});
     open_multipart(separator_of(delimiter_), node);
   }
 
@@ -336,10 +336,10 @@ class OutlineReader {
 
   void begin_part(std::int64_t start, bool has_separator) {
     levels_.back().open = outline_->nodes_.size();
+    if (levels_.back().open == PartOutline::kMostNodes) is_refused_ = true;
     const std::int64_t lines_before = lines_ - 1;
-    outline_->nodes_.push_back({{.start = start, .end = start, .lines = lines_before, .has_separator = has_separator},
-                                0,
-                                outline_->multiparts_.size()});
+    const mailbox::Extent begun{start, start, lines_before, has_separator};
+    outline_->nodes_.push_back({mailbox::PackedExtent(begun), 0, position_of(outline_->multiparts_.size())});
     place_ = Place::headers;
     header_.restart();
   }
@@ -347,9 +347,11 @@ class OutlineReader {
   /// Ends the part being read of the innermost multipart.
   void end_part(std::int64_t end, std::int64_t lines) {
     Node& node = outline_->nodes_[levels_.back().open];
-    node.extent.end = end;
-    node.extent.lines = lines - node.extent.lines;
-    node.subtree_end = outline_->nodes_.size();
+    mailbox::Extent extent = node.extent.extent();
+    extent.end = end;
+    extent.lines = lines - extent.lines;
+    node.extent = mailbox::PackedExtent(extent);
+    node.subtree_end = position_of(outline_->nodes_.size());
   }
 
   /// Closes multiparts until this many are open. The last part of each is never a part.
@@ -365,9 +367,11 @@ class OutlineReader {
   }
 
   void drop_from(std::size_t node) {
-    outline_->multiparts_.resize(outline_->nodes_[node].multiparts_before);
-    outline_->nodes_.resize(node);
+    outline_->multiparts_.cut(outline_->nodes_[node].multiparts_before);
+    outline_->nodes_.cut(node);
   }
+
+  static PartOutline::Position position_of(std::size_t size) { return static_cast<PartOutline::Position>(size); }
 
   platform::File& file_;
   const std::int64_t limit_;
@@ -389,24 +393,26 @@ class OutlineReader {
   std::int64_t body_start_ = 0;
 };
 
-std::shared_ptr<const PartOutline> PartOutline::read(platform::File& file, std::int64_t from, std::int64_t limit,
-                                                     std::string_view separator) {
+std::shared_ptr<PartOutline> PartOutline::read(platform::File& file, std::int64_t from, std::int64_t limit,
+                                               std::string_view separator) {
   if (plain_splittings > 0) return nullptr;
   return OutlineReader(file, from, limit, separator).read();
 }
 
-std::vector<mailbox::Extent> PartOutline::children(std::size_t begin, std::size_t end) const {
-  std::vector<mailbox::Extent> extents;
-  for (std::size_t i = begin; i < end; i = nodes_[i].subtree_end) extents.push_back(nodes_[i].extent);
-  return extents;
+void PartOutline::take_parts(mailbox::ExtentSink& sink) {
+  if (has_multiparts()) return children(0, nodes_.size(), sink);
+  nodes_.hand_over([&](const Node& node) { sink.found(node.extent.extent()); });
 }
 
-const PartOutline::Multipart* PartOutline::find(std::int64_t start, std::int64_t body_start,
-                                                std::string_view delimiter) const {
+void PartOutline::children(std::size_t begin, std::size_t end, mailbox::ExtentSink& sink) const {
+  for (std::size_t i = begin; i < end; i = nodes_[i].subtree_end) sink.found(nodes_[i].extent.extent());
+}
+
+const PartOutline::Multipart* PartOutline::find(std::int64_t start, std::int64_t body_start) const {
   const auto found = std::lower_bound(multiparts_.begin(), multiparts_.end(), body_start,
                                       [](const Multipart& m, std::int64_t at) { return m.body_start < at; });
-  if (found == multiparts_.end() || found->body_start != body_start || found->delimiter != delimiter) return nullptr;
-  return nodes_[found->node].extent.start == start ? &*found : nullptr;
+  if (found == multiparts_.end() || found->body_start != body_start) return nullptr;
+  return nodes_[found->node].extent.start() == start ? &*found : nullptr;
 }
 
 PlainSplitting::PlainSplitting() { ++plain_splittings; }

@@ -7,12 +7,12 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <memory>
-#include <string>
 #include <string_view>
-#include <vector>
 
 #include "mailbox/extent.h"
+#include "mailbox/made_on_use.h"
 
 namespace vellobar::platform {
 class File;
@@ -26,21 +26,23 @@ class PartOutline {
   struct Multipart {
     std::int64_t body_start = 0;  ///< behind its header block
     std::int64_t opening = 0;     ///< its opening delimiter line
-    std::string delimiter;
     std::size_t node = 0;
   };
 
   /// Scans from behind an opening delimiter line up to the end of its message. Null when the plain form has to answer.
-  static std::shared_ptr<const PartOutline> read(platform::File& file, std::int64_t from, std::int64_t limit,
-                                                 std::string_view separator);
+  static std::shared_ptr<PartOutline> read(platform::File& file, std::int64_t from, std::int64_t limit,
+                                           std::string_view separator);
 
-  /// Extents of the parts of the message itself, or of a multipart below it.
-  std::vector<mailbox::Extent> parts() const { return children(0, nodes_.size()); }
-  std::vector<mailbox::Extent> parts(const Multipart& multipart) const {
-    return children(multipart.node + 1, nodes_[multipart.node].subtree_end);
+  /// Hands out the parts of the message itself. Without multiparts below it, of which somebody may ask later, the
+  /// outline lets go of each, so that no part is ever in two tables.
+  void take_parts(mailbox::ExtentSink& sink);
+  /// The parts of a multipart below it.
+  void parts(const Multipart& multipart, mailbox::ExtentSink& sink) const {
+    children(multipart.node + 1, nodes_[multipart.node].subtree_end, sink);
   }
-  /// What is known of the part that lies there and has this delimiter; null when nothing is.
-  const Multipart* find(std::int64_t start, std::int64_t body_start, std::string_view delimiter) const;
+  /// What is known of the part that lies there; null when nothing is. Whether its boundary still is the one of its
+  /// opening delimiter line is for the caller to see.
+  const Multipart* find(std::int64_t start, std::int64_t body_start) const;
 
   bool has_multiparts() const { return !multiparts_.empty(); }
   /// Just behind the last line, and whether that is all up to the limit.
@@ -50,16 +52,18 @@ class PartOutline {
  private:
   friend class OutlineReader;
 
+  using Position = std::uint32_t;
   struct Node {
-    mailbox::Extent extent;
-    std::size_t subtree_end = 0;        ///< position of the node behind its last descendant
-    std::size_t multiparts_before = 0;  ///< how many multiparts lie in front of it
+    mailbox::PackedExtent extent;
+    Position subtree_end = 0;        ///< position of the node behind its last descendant
+    Position multiparts_before = 0;  ///< how many multiparts lie in front of it
   };
+  static constexpr std::size_t kMostNodes = std::numeric_limits<Position>::max();
 
-  std::vector<mailbox::Extent> children(std::size_t begin, std::size_t end) const;
+  void children(std::size_t begin, std::size_t end, mailbox::ExtentSink& sink) const;
 
-  std::vector<Node> nodes_;  ///< each part in front of its own parts, in the order of the file
-  std::vector<Multipart> multiparts_;
+  mailbox::MadeOnUse<Node> nodes_;  ///< each part in front of its own parts, in the order of the file
+  mailbox::MadeOnUse<Multipart> multiparts_;
   std::int64_t end_ = 0;
   bool is_whole_ = false;
 };

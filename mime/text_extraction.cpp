@@ -1,12 +1,14 @@
 // The texts of a message: which part of the tree holds the plain text or the HTML, and how its transfer encoding is
 // undone.
 #include <algorithm>
+#include <deque>
+#include <memory>
 #include <new>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <system_error>
-#include <vector>
+#include <utility>
 
 #include "codecs/attachment_encoding.h"
 #include "codecs/base64.h"
@@ -33,10 +35,10 @@ bool contains(std::u16string_view text, std::u16string_view wanted) {
   return text.find(wanted) != std::u16string_view::npos;
 }
 
-CMessage* first_part(CMessages* parts, auto&& is_wanted) {
+std::shared_ptr<CMessage> first_part(CMessages* parts, auto&& is_wanted) {
   for (std::int64_t i = 0; parts != nullptr && i < parts->Count(); ++i) {
-    const std::shared_ptr<CMessage> part = parts->Item(i);
-    if (is_wanted(*part)) return part.get();
+    std::shared_ptr<CMessage> part = parts->Item(i);
+    if (is_wanted(*part)) return part;
   }
   return nullptr;
 }
@@ -103,10 +105,12 @@ void decode_into(const std::string& path, codecs::AttachmentEncoding encoding, p
 
 }  // namespace
 
-CMessage* CMessage::find_part(std::u16string_view content_type) {
+std::shared_ptr<CMessage> CMessage::find_part(std::u16string_view content_type) {
+  /// A message whose parts are being searched; held, because what nobody holds may be let go.
   struct Level {
-    CMessages* parts;
+    std::shared_ptr<CMessage> message;
     std::int64_t next;
+    bool is_over() const { return next == message->existing_parts()->Count(); }
   };
   // A part without a boundary has no parts, and is not read to learn it.
   const auto type_of = [](CMessage& part) {
@@ -117,8 +121,9 @@ CMessage* CMessage::find_part(std::u16string_view content_type) {
   };
   const auto is_wanted = [&](CMessage& part) { return contains(type_of(part), content_type); };
   const auto is_alternative = [&](CMessage& part) { return contains(lower(type_of(part)), u"multipart/alternative"); };
-  std::vector<Level> levels;
-  for (CMessage* message = this; message != nullptr;) {
+  std::deque<Level> levels;
+  // The caller holds this message itself, which need not be a shared one.
+  for (std::shared_ptr<CMessage> message(std::shared_ptr<CMessage>(), this); message != nullptr;) {
     const Held before = message->held();
     const std::u16string type = lower(message->ContentType());
     CMessages* parts = message->parts_if_any();
@@ -126,30 +131,30 @@ CMessage* CMessage::find_part(std::u16string_view content_type) {
     if (contains(type, u"multipart/mixed") || contains(type, u"multipart/related")) {
       // Deliberate: nothing but that part is searched; see
       // without_a_plain_text_in_the_alternative_part_the_one_beside_it_is_not_used.
-      CMessage* const alternative = first_part(parts, is_alternative);
-      if (alternative != nullptr) {
-        message = alternative;
+      if (std::shared_ptr<CMessage> alternative = first_part(parts, is_alternative)) {
+        message = std::move(alternative);
         continue;
       }
     }
     if (contains(type, content_type)) return message;
     // What the search passes counts as loaded.
     message->changed_ = false;
-    if (CMessage* const part = first_part(parts, is_wanted)) return part;
-    if (parts != nullptr) levels.push_back({parts, 0});
-    while (!levels.empty() && levels.back().next == levels.back().parts->Count()) levels.pop_back();
-    message = levels.empty() ? nullptr : levels.back().parts->Item(levels.back().next++).get();
+    if (std::shared_ptr<CMessage> part = first_part(parts, is_wanted)) return part;
+    if (parts != nullptr) levels.push_back({std::move(message), 0});
+    while (!levels.empty() && levels.back().is_over()) levels.pop_back();
+    if (levels.empty()) return nullptr;
+    message = levels.back().message->existing_parts()->Item(levels.back().next++);
   }
   return nullptr;
 }
 
 std::u16string CMessage::PlainText() {
-  CMessage* const part = find_part(u"text/plain");
+  const std::shared_ptr<CMessage> part = find_part(u"text/plain");
   return part != nullptr ? part->transfer_decoded_text(*this) : Text();
 }
 
 std::u16string CMessage::HTMLText() {
-  CMessage* const part = find_part(u"text/html");
+  const std::shared_ptr<CMessage> part = find_part(u"text/html");
   if (part == nullptr) throw Error(Status::fail);
   return part->transfer_decoded_text(*this);
 }

@@ -62,8 +62,8 @@ std::u16string text_of_part(CMessage& part, std::u16string (CMessage::*decoded_t
 }
 
 std::u16string readable_text(CMessage& message) {
-  if (CMessage* plain = message.find_part(u"text/plain")) return text_of_part(*plain, &CMessage::PlainText);
-  if (CMessage* html = message.find_part(u"text/html")) return text_of_part(*html, &CMessage::HTMLText);
+  if (const auto plain = message.find_part(u"text/plain")) return text_of_part(*plain, &CMessage::PlainText);
+  if (const auto html = message.find_part(u"text/html")) return text_of_part(*html, &CMessage::HTMLText);
   return text_of_part(message, &CMessage::PlainText);
 }
 

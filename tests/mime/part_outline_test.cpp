@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <optional>
 #include <random>
 #include <vector>
@@ -60,7 +61,7 @@ TEST(DelimiterSet, agrees_with_comparing_them_one_by_one) {
 /// Everything that a client can see of a tree, in one text.
 std::string description(CMessage& top) {
   std::string text;
-  std::vector<std::pair<CMessage*, int>> waiting{{&top, 0}};
+  std::vector<std::pair<std::shared_ptr<CMessage>, int>> waiting{{top.shared_from_this(), 0}};
   while (!waiting.empty()) {
     const auto [message, depth] = waiting.back();
     waiting.pop_back();
@@ -73,7 +74,7 @@ std::string description(CMessage& top) {
             (is_readable ? std::to_string(message->Headers()->Count()) + " text " + tests::plain(message->Text())
                          : "none") +
             "\n";
-    for (std::int64_t i = parts->Count(); i-- > 0;) waiting.push_back({parts->Item(i).get(), depth + 1});
+    for (std::int64_t i = parts->Count(); i-- > 0;) waiting.push_back({parts->Item(i), depth + 1});
   }
   return text;
 }

@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -26,9 +27,10 @@ std::vector<std::string> real_mail() {
 /// Reads all that a client can read of a tree. Returns how many parts it has.
 int read_tree(CMessage& top) {
   int parts = 0;
-  std::vector<CMessage*> waiting{&top};
+  std::vector<std::shared_ptr<CMessage>> waiting{top.shared_from_this()};
   while (!waiting.empty()) {
-    CMessage& message = *waiting.back();
+    const std::shared_ptr<CMessage> held = std::move(waiting.back());
+    CMessage& message = *held;
     waiting.pop_back();
     if (message.load_headers() == nullptr) continue;
     EXPECT_LE(static_cast<std::int64_t>(message.Text().size()), message.EndPosition() + 1);
@@ -39,7 +41,7 @@ int read_tree(CMessage& top) {
       EXPECT_EQ(error.status(), Status::fail);
     }
     for (std::int64_t i = 0; i < message.Parts()->Count(); ++i, ++parts) {
-      waiting.push_back(message.Parts()->Item(i).get());
+      waiting.push_back(message.Parts()->Item(i));
     }
   }
   if (top.load_headers() != nullptr) {
@@ -66,7 +68,7 @@ TEST(RealMailTree, of_every_message_is_read_with_all_its_texts) {
 /// Types, texts and header counts of a tree, up to what writing back must change.
 std::string outline_of(CMessage& top, bool& is_comparable) {
   std::string text;
-  std::vector<std::pair<CMessage*, int>> waiting{{&top, 0}};
+  std::vector<std::pair<std::shared_ptr<CMessage>, int>> waiting{{top.shared_from_this(), 0}};
   while (!waiting.empty()) {
     const auto [message, depth] = waiting.back();
     waiting.pop_back();
@@ -82,7 +84,7 @@ std::string outline_of(CMessage& top, bool& is_comparable) {
     text += std::to_string(depth) + " " + tests::plain(message->Headers()->ToString()) + "\n";
     if (message->Parts()->Count() > 0 || depth > 0) text += tests::plain(message->Text());
     for (std::int64_t i = message->Parts()->Count(); i-- > 0;) {
-      waiting.push_back({message->Parts()->Item(i).get(), depth + 1});
+      waiting.push_back({message->Parts()->Item(i), depth + 1});
     }
   }
   return text;

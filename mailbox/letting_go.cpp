@@ -1,0 +1,124 @@
+// Which messages are let go when others are read: those that nobody holds, and that read the same when they are made
+// again. What shows of earlier reading is left in the collection.
+#include <algorithm>
+#include <new>
+#include <utility>
+#include <vector>
+
+#include "attachments/attachments.h"
+#include "headers/headers.h"
+#include "mailbox/message.h"
+#include "mailbox/messages.h"
+#include "mailbox/recent_messages.h"
+#include "platform/file.h"
+
+namespace vellobar {
+
+namespace mailbox {
+
+void RecentMessages::allow_for(std::int64_t bytes) noexcept {
+  most_ = std::max(kMost, static_cast<std::size_t>(bytes / kBytesForEach));
+}
+
+void RecentMessages::make_room() {
+  if (messages_.size() == messages_.capacity()) messages_.reserve(std::max<std::size_t>(2 * messages_.size(), 8));
+}
+
+void RecentMessages::add(const std::shared_ptr<CMessage>& message) noexcept {
+  constexpr std::size_t kLooksForEachMade = 16;
+  patience_ = std::min(patience_ + kLooksForEachMade, 4 * most_);
+  if (messages_.size() < most_) {
+    messages_.push_back(message);
+    return;
+  }
+  const std::shared_ptr<CMessage> oldest = std::exchange(messages_[oldest_], message).lock();
+  oldest_ = (oldest_ + 1) % most_;
+  if (oldest && oldest->collection() != nullptr) oldest->collection()->let_go(oldest, patience_);
+}
+
+}  // namespace mailbox
+
+void CMessages::let_go(const std::shared_ptr<CMessage>& message, std::size_t& patience) noexcept {
+  constexpr long kHereAndWithTheCaller = 2;
+  if (message.use_count() > kHereAndWithTheCaller || !file_) return;
+  const std::int64_t position = position_of(*message);
+  if (position < 0) return;
+  Entry& entry = items_[static_cast<std::size_t>(position)];
+  if (!message->is_read_from(file_.get(), entry.extent()) || !message->reads_the_same_again(patience)) return;
+  entry.leave(message->traces());
+  entry.give_up_object();
+}
+
+std::shared_ptr<CMessage> CMessages::found_at(std::int64_t start) {
+  // Scanned messages stand in the order of the file, and in front of those that were added.
+  const auto found = std::lower_bound(items_.begin(), items_.end(), start, [](const Entry& entry, std::int64_t wanted) {
+    return !entry.is_added() && entry.start() < wanted;
+  });
+  if (found != items_.end() && !(*found).is_added() && (*found).start() == start) {
+    return object_at(static_cast<std::size_t>(found - items_.begin()));
+  }
+  for (const std::weak_ptr<CMessage>& removed : removed_) {
+    std::shared_ptr<CMessage> message = removed.lock();
+    if (message && message->file() == file_ && message->StartPosition() == start) return message;
+  }
+  return nullptr;
+}
+
+bool CMessage::reads_the_same_again(std::size_t& patience) const noexcept {
+  // Attachments know their parts: all go together with the message, or none.
+  const bool is_part = collection_->parent() != nullptr;
+  try {
+    std::vector<CMessage*> waiting;
+    for (const CMessage* message = this; message != nullptr;) {
+      if (patience == 0 || !message->is_as_found()) return false;
+      --patience;
+      if (message != this && (message->is_unloaded() || message->scans_text())) return false;
+      if (is_part && message->has_attachment_) return false;
+      const CMessages* const parts = message->parts_.get();
+      if (parts != nullptr) {
+        if (message->parts_.use_count() > 1 || !parts->is_as_scanned() || parts->has_held_items()) return false;
+        parts->append_existing(waiting);
+      }
+      message = waiting.empty() ? nullptr : waiting.back();
+      if (message != nullptr) waiting.pop_back();
+    }
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+  return true;
+}
+
+bool CMessage::is_as_found() const noexcept {
+  // What is read from a closed file can never be read again.
+  if (!file_ || !file_->is_open() || has_own_file_) return false;
+  if (tag_.has_value() || changed_ || mail_info_given_ || text_was_put_ || is_cut_short_ || stays_whole_) return false;
+  if (remembered_index_ == kSeveralPlaces || (parts_ && !body_)) return false;
+  if (temporary_files_ || (headers_ && (headers_.use_count() > 1 || headers_->is_changed()))) return false;
+  return !attachments_ || (attachments_.use_count() == 1 && attachments_->can_be_found_again());
+}
+
+mailbox::Traces CMessage::traces() const {
+  return {.headers_were_read = headers_ != nullptr || headers_were_read_,
+          .body_was_read = body_.has_value() || body_was_read_,
+          .parts_were_read = parts_were_read_ || (parts_ && parts_->has_traces()),
+          .was_unloaded = is_unloaded(),
+          .scans_text = scans_text()};
+}
+
+void CMessage::bear(const mailbox::Traces& traces) noexcept {
+  headers_were_read_ = traces.headers_were_read;
+  body_was_read_ = traces.body_was_read;
+  parts_were_read_ = traces.parts_were_read;
+  if (traces.was_unloaded) has_separator_ = false;
+  scans_text_ = traces.scans_text;
+}
+
+bool CMessage::scans_text() const { return attachments_ ? attachments_->ScanText() : scans_text_; }
+
+bool CMessages::has_traces() const {
+  return parts_were_read_ || std::any_of(items_.begin(), items_.end(), [](const Entry& entry) {
+           return entry.object() || entry.traces().headers_were_read || entry.traces().body_was_read;
+         });
+}
+
+}  // namespace vellobar
