@@ -163,7 +163,9 @@ void CMessage::write_separator_line(platform::ByteSink& sink, Place place) const
   const std::optional<std::string> line = separator_line_for(place);
   if (!line) return;
   sink.write(*line);
-  sink.write(platform::kLineEnd);
+  // A line that just can be read whole is written so that it can be read again.
+  const bool has_room_for_cr = line->size() + 1 != headers::kLongestLine;
+  sink.write(has_room_for_cr ? platform::kLineEnd : "\n");
 }
 
 void CMessage::write_own_bytes(platform::ByteSink& sink, Place place) {

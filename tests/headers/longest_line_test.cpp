@@ -119,6 +119,21 @@ TEST(LongestHeaderLine, of_a_value_that_was_put_is_written_however_long_it_is) {
   }
 }
 
+TEST(LongestSeparatorLine, is_written_without_the_cr_that_would_divide_it) {
+  for (const std::size_t size : {kLongest, kLongest + 1}) {
+    const std::string separator = line("From ", size, "\n");
+    Mailbox box(separator + "X: 1\n\nbody\n");
+    box.control().Lock();
+    ASSERT_EQ(box.message(0)->Headers()->Count(), 1);
+    box.message(0)->SetSubject(u"new");
+    box.control().Update();
+    const std::string written = size == kLongest ? line("From ", size + 1, "\r\n") : separator;
+    EXPECT_TRUE(box.content() == written + "X: 1\r\nSubject: new\r\n\r\nbody\n\r\n") << size;
+    EXPECT_EQ(box.message(0)->Headers()->Count(), 2) << size;
+    EXPECT_EQ(box.message(0)->Subject(), u"new") << size;
+  }
+}
+
 TEST(LongestHeaderLine, is_the_same_text_for_a_client) {
   CHeaders headers;
   const std::u16string value(kLongest - 3, u'v');
