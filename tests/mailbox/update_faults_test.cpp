@@ -307,6 +307,7 @@ class MailboxWithOtherNames : public testing::Test {
 };
 
 TEST_F(MailboxWithOtherNames, that_is_torn_is_completed_when_it_is_opened_by_one_in_the_same_folder) {
+  if (!box_.keeps_notes()) GTEST_SKIP() << "this file system keeps no notes";
   expect_whole_by(box_.near_link(), Notes::kept);
 }
 
@@ -348,6 +349,7 @@ TEST_P(UpdateThatFails, at_every_change_from_one_on_leaves_what_the_next_lock_ma
   MailboxToBreak box(GetParam());
   for_cases(Cases::some, box, [&](const MailboxShape& shape, const MailboxEdit& edit, const Undisturbed& expected) {
     for (const std::error_code& failure : kFailures) {
+      if (!tests::kTriesAll && failure != kFailures[0]) continue;
       for (std::int64_t at = 0; at < expected.changes; ++at) {
         box.reset(shape.content);
         {
