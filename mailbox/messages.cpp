@@ -139,7 +139,8 @@ std::int64_t CMessages::position_of(const CMessage& message) const {
   const std::int64_t was = std::clamp<std::int64_t>(remembered, 0, Count());
   std::int64_t position = was - 1;
   while (position >= 0 && !is_place(items_[static_cast<std::size_t>(position)])) --position;
-  if (position < 0) position = std::find_if(items_.begin() + was, items_.end(), is_place) - items_.begin();
+  if (position < 0)
+    position = std::find_if(items_.begin() + static_cast<std::ptrdiff_t>(was), items_.end(), is_place) - items_.begin();
   if (position == Count()) return -1;
   message.remember_index(position);
   return position;
