@@ -17,9 +17,8 @@ HEADERS = """
     attachments/attachment.h attachments/attachments.h codecs/attachment_encoding.h codecs/decoder.h codecs/encoder.h
     codecs/progress.h compose/composition.h errors/error.h headers/header.h headers/header_text.h
     headers/headers.h headers/place_table.h mailbox/extent.h mailbox/item_iterator.h
-    mailbox/made_on_use.h
-    mailbox/message.h mailbox/messages.h mailbox/owner.h mailbox/vellobar.h content.h dates.h paths.h utf8.h
-    vellobar.h
+    mailbox/made_on_use.h mailbox/message.h mailbox/message_entry.h mailbox/messages.h mailbox/owner.h
+    mailbox/recent_messages.h mailbox/vellobar.h content.h dates.h paths.h utf8.h vellobar.h
 """.split()
 FILES = """
     bin/vellobar
