@@ -1,4 +1,5 @@
 // The walk behind every enumerator of the component: over a list as it was when the enumerator was made, however long.
+// `Items` has a size and gives the item at an index.
 // Copies share the list and have a position of their own. A `Kind` says what is walked over:
 //
 //   Interface                the enumerator's own interface
@@ -20,12 +21,12 @@
 
 namespace vellobar::automation {
 
-template <class Kind>
+template <class Kind, class Items = const std::vector<typename Kind::Item>>
 class ListEnumerator final : public Unknown<typename Kind::Interface> {
  public:
   using Interface = typename Kind::Interface;
   using Given = typename Kind::Given;
-  using List = std::shared_ptr<const std::vector<typename Kind::Item>>;
+  using List = std::shared_ptr<Items>;
 
   explicit ListEnumerator(List list, std::size_t next = 0) : list_(std::move(list)), next_(next) {}
 
@@ -74,9 +75,8 @@ template <class Kind, class MakeItems>
 HRESULT enumerate(typename Kind::Interface** to, MakeItems&& make_items) noexcept {
   if (to == nullptr) return E_POINTER;
   *to = nullptr;
-  return guarded([&] {
-    *to = new ListEnumerator<Kind>(std::make_shared<const std::vector<typename Kind::Item>>(make_items()));
-  });
+  return guarded(
+      [&] { *to = new ListEnumerator<Kind>(std::make_shared<const std::vector<typename Kind::Item>>(make_items())); });
 }
 
 }  // namespace vellobar::automation

@@ -7,6 +7,7 @@
 #include "errors/error.h"
 #include "mailbox/line_sink.h"
 #include "mailbox/message.h"
+#include "mailbox/message_snapshot.h"
 #include "mailbox/scanner.h"
 #include "mailbox/separator_line.h"
 #include "platform/ascii.h"
@@ -87,6 +88,20 @@ std::shared_ptr<CMessage> CMessages::object_at(std::size_t index) {
   entry.keep(object);
   if (owner_) owner_->recent.add(object);
   return object;
+}
+
+std::shared_ptr<mailbox::MessageSnapshot> CMessages::snapshot() {
+  auto snapshot = std::make_shared<mailbox::MessageSnapshot>(shared_from_this());
+  snapshots_.remove_if([](const auto& other) { return other.expired(); });
+  snapshots_.push_front(snapshot);
+  return snapshot;
+}
+
+void CMessages::before_change() {
+  for (const auto& weak : snapshots_) {
+    if (const auto snapshot = weak.lock()) snapshot->hold_items();
+  }
+  snapshots_.clear();
 }
 
 std::shared_ptr<CMessage> CMessages::for_walking(std::int64_t index) {
@@ -187,6 +202,7 @@ std::shared_ptr<CMessage> CMessages::adopt(std::shared_ptr<platform::File> file,
 std::shared_ptr<CMessage> CMessages::append_empty() {
   auto message = std::make_shared<CMessage>(owner_, this, nullptr, 0);
   message->SetBody({});
+  before_change();
   items_.push_back(Entry(message));
   is_edited_ = true;
   return message;
@@ -198,6 +214,7 @@ void CMessages::append(const std::shared_ptr<CMessage>& message, Carries line) {
   } else {
     message->make_missing_separator_line();
   }
+  before_change();
   items_.push_back(Entry(message));
   try {
     // Behind everything else that can fail: a part that is not added leaves its parent as it was.
@@ -213,12 +230,14 @@ void CMessages::append(const std::shared_ptr<CMessage>& message, Carries line) {
 void CMessages::Remove(const CMessage& message) {
   const std::int64_t position = position_of(message);
   if (position < 0) throw Error(Status::invalid_argument);
+  before_change();
   remember_removed(items_[static_cast<std::size_t>(position)]);
   items_.erase(static_cast<std::size_t>(position));
   mark_changed(owner_);
 }
 
 void CMessages::RemoveAll() {
+  before_change();
   for (const Entry& entry : items_) remember_removed(entry);
   items_.clear();
   mark_changed(owner_);
@@ -231,6 +250,7 @@ void CMessages::remember_removed(const Entry& entry) {
 }
 
 bool CMessages::scan(const std::shared_ptr<platform::File>& file, std::int64_t from, std::int64_t limit) {
+  before_change();
   file_ = file;
   return scan_range(from, limit).whole;
 }
@@ -243,6 +263,7 @@ mailbox::ScanResult CMessages::split(const std::shared_ptr<platform::File>& file
     }
     mailbox::MadeOnUse<Entry>& items;
   };
+  before_change();
   file_ = file;
   set_separator(std::u16string(delimiter));
   give_up_items();
@@ -260,6 +281,7 @@ void CMessages::split(const std::shared_ptr<platform::File>& file, std::u16strin
   EntrySink sink(items);
   find_parts(sink);
   std::u16string separator(delimiter);
+  before_change();
   file_ = file;
   set_separator(std::move(separator));
   give_up_items();
@@ -284,6 +306,7 @@ void CMessages::check_positions() const {
 
 void CMessages::write_mailbox(platform::ByteSink& sink) {
   check_positions();
+  before_change();
   // What was removed may be held by a client, or be in another mailbox, and is read from the file that is about to go.
   for (const std::weak_ptr<CMessage>& removed : removed_) {
     if (const std::shared_ptr<CMessage> message = removed.lock()) message->load_tree(true);

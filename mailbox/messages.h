@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <forward_list>
 #include <functional>
 #include <iterator>
 #include <memory>
@@ -24,8 +25,9 @@ namespace vellobar {
 class CMessage;
 
 namespace mailbox {
+class MessageSnapshot;
 struct ScanResult;
-}
+}  // namespace mailbox
 
 namespace mime {
 class PartOutline;
@@ -68,6 +70,9 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   void RemoveAll();
 
   // For the component's own use.
+
+  /// The messages that the collection has now, whatever becomes of it.
+  std::shared_ptr<mailbox::MessageSnapshot> snapshot();
 
   /// Position of the first place that holds this very message, -1 when it is not here.
   std::int64_t position_of(const CMessage& message) const;
@@ -137,6 +142,8 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
  private:
   using Entry = mailbox::MessageEntry;
 
+  /// For whatever changes which items there are, or where they are read from.
+  void before_change();
   void give_up_items() noexcept;
   void release_items(std::shared_ptr<CMessages>& to_release) noexcept;
   std::shared_ptr<CMessage> object_at(std::size_t index);
@@ -160,6 +167,7 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   std::string scanned_separator_;                 ///< the separator as the scan compared it
   std::vector<std::int64_t> removed_positions_;   ///< where scanned messages began that were removed since
   std::vector<std::weak_ptr<CMessage>> removed_;  ///< objects of removed messages, which others may hold
+  std::forward_list<std::weak_ptr<mailbox::MessageSnapshot>> snapshots_;
   std::shared_ptr<CMessages> next_to_release_;
   std::weak_ptr<CMessage> with_headers_that_run_on_;
 };
