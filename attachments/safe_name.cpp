@@ -26,7 +26,9 @@ bool is_unsafe(std::string_view bytes) {
 
 /// Judged by the bytes that would name the file: a code page may turn a look-alike into a separator.
 bool is_unsafe_character(char16_t c, int code_page) {
-  return is_unsafe(platform::narrow(code_page, std::u16string_view(&c, 1)));
+  // UTF-7 has letters for control characters, which can make a separator with those beside them.
+  const bool is_unsafe_itself = c <= 0x7F && is_unsafe(static_cast<char>(c));
+  return is_unsafe_itself || is_unsafe(platform::narrow(code_page, std::u16string_view(&c, 1)));
 }
 
 bool is_beyond_ascii(char16_t c) { return c > 0x7F; }

@@ -89,8 +89,10 @@ void edit(CHeaders& headers, List& list, Choices& choices) {
   }
 }
 
-/// What was written is read again as it was, also where a line had nearly the longest length.
+/// What was written is read again as it was, also where a line had nearly the longest length. Deliberately not where a
+/// last line of that length had no line end and so has no room for one.
 void require_reread(const CHeaders& headers, const List& list) {
+  if (!read_block(written(list) + "\r\n", 0).is_readable) return;
   const std::string once = headers.to_bytes() + "\r\n";
   const auto file = file_of(once);
   CMessage message(nullptr, nullptr, file, {0, file->size(), 0, false});

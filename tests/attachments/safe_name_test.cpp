@@ -106,5 +106,11 @@ TEST(SafeName, characters_that_make_a_separator_together_become_underscores) {
   EXPECT_EQ(safe, u"__");
 }
 
+TEST(SafeName, control_characters_become_underscores_in_every_code_page) {
+  for (const int code_page : {1252, 932, 65001, platform::kUtf7CodePage}) {
+    EXPECT_EQ(safe_file_name(u"a\x01\x02\x7F", code_page), u"a___") << code_page;
+  }
+}
+
 }  // namespace
 }  // namespace vellobar::attachments

@@ -119,6 +119,17 @@ TEST(LongestHeaderLine, of_a_value_that_was_put_is_written_however_long_it_is) {
   }
 }
 
+// Deliberate: there is no shorter way to write it.
+TEST(LongestHeaderLine, that_ends_with_the_file_has_no_room_for_a_line_end) {
+  const std::string last = line("X:", kLongest, "");
+  Mailbox box("From a\n" + last);
+  box.control().Lock();
+  EXPECT_EQ(box.message(0)->Headers()->Count(), 1);
+  box.control().Update();
+  EXPECT_TRUE(box.content().starts_with("From a\r\nX: " + last.substr(2) + "\r\n")) << "nothing of it is lost";
+  tests::expect_error(ErrorNumber::cannot_load_headers, Reporter::message, [&] { box.message(0)->Headers(); });
+}
+
 TEST(LongestSeparatorLine, is_written_without_the_cr_that_would_divide_it) {
   for (const std::size_t size : {kLongest, kLongest + 1}) {
     const std::string separator = line("From ", size, "\n");
