@@ -16,8 +16,16 @@ namespace vellobar {
 
 namespace mailbox {
 
+namespace {
+
+/// What `FewRecentMessages` says; 0 without one.
+std::size_t few_recent_messages = 0;
+
+}  // namespace
+
 void RecentMessages::allow_for(std::int64_t bytes) noexcept {
   most_ = std::max(kMost, static_cast<std::size_t>(bytes / kBytesForEach));
+  if (few_recent_messages > 0) most_ = few_recent_messages;
 }
 
 void RecentMessages::make_room() {
@@ -26,7 +34,7 @@ void RecentMessages::make_room() {
 
 void RecentMessages::add(const std::shared_ptr<CMessage>& message) noexcept {
   constexpr std::size_t kLooksForEachMade = 16;
-  patience_ = std::min(patience_ + kLooksForEachMade, 4 * most_);
+  patience_ = std::min(patience_ + kLooksForEachMade, 4 * std::max(most_, kMost));
   if (messages_.size() < most_) {
     messages_.push_back(message);
     return;
@@ -35,6 +43,10 @@ void RecentMessages::add(const std::shared_ptr<CMessage>& message) noexcept {
   oldest_ = (oldest_ + 1) % most_;
   if (oldest && oldest->collection() != nullptr) oldest->collection()->let_go(oldest, patience_);
 }
+
+FewRecentMessages::FewRecentMessages(std::size_t most) { few_recent_messages = most; }
+
+FewRecentMessages::~FewRecentMessages() { few_recent_messages = 0; }
 
 }  // namespace mailbox
 

@@ -37,5 +37,14 @@ class RecentMessages {
   std::size_t patience_ = 0;
 };
 
+/// In a mailbox that is locked while it lives no more than so many stay, at least one, however large it is. For tests.
+class FewRecentMessages {
+ public:
+  explicit FewRecentMessages(std::size_t most);
+  ~FewRecentMessages();
+  FewRecentMessages(const FewRecentMessages&) = delete;
+  FewRecentMessages& operator=(const FewRecentMessages&) = delete;
+};
+
 }  // namespace mailbox
 }  // namespace vellobar
