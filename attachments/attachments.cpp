@@ -46,47 +46,39 @@ std::shared_ptr<CAttachment> make_attachment(const OwnerLink& owner, CMessage& t
   return attachment;
 }
 
-/// A part whose headers are being walked, and, in the midst of that, its own parts.
+/// A part that is looked at, and those of its own parts that are left to be.
 struct Visit {
   std::shared_ptr<CMessage> part;
+  std::shared_ptr<CMessages> collection;  ///< that it is in; null for the message itself
   CMessage::Held before = part->held();
-  std::size_t next_header = 0;
   Classification classification{};
-  std::shared_ptr<CMessages> parts{};  ///< while they are visited
+  std::size_t multipart_headers = 0;
+  std::shared_ptr<CMessages> parts{};
   std::int64_t next_part = 0;
-  // Which attachments were found in its parts, once they were visited.
-  bool has_visited_parts = false;
-  std::size_t first_found = 0;
-  std::size_t behind_found = 0;
+  std::size_t first_found = 0;  ///< of the attachments found in its parts
 
-  /// The next of the part's own parts; null when there is none left to visit now.
-  std::shared_ptr<CMessage> take_part() {
-    return parts && next_part < parts->Count() ? parts->Item(next_part++) : nullptr;
-  }
-
-  void begin_parts(std::size_t found) {
-    parts = part->Parts();
+  /// Reads what its headers say, and its parts when one says that there are any.
+  void begin(std::size_t found) {
+    read_headers();
+    if (multipart_headers > 0) parts = part->Parts();
     first_found = found;
   }
-  void end_parts(std::size_t found) {
-    if (!parts) return;
-    parts.reset();
-    has_visited_parts = true;
-    behind_found = found;
-    // What is found in its parts is looked for there again.
-    if (behind_found > first_found) part->note_attachment();
-  }
+  void end() { part->drop_headers_that_run_on(before); }
 
-  /// Takes headers up to the end of the block, or up to one whose parts come first. True for that one.
-  bool take_headers() {
-    const CHeaders* headers = part->load_headers();
-    if (headers == nullptr) return false;
-    while (next_header < static_cast<std::size_t>(headers->Count())) {
-      const std::size_t header = next_header++;
-      const std::string name = headers->narrow_lower_name(header);
-      if (Classification::reads(name) && classification.take(name, headers->narrow_value(header))) return true;
+  bool has_part() const { return parts && next_part < parts->Count(); }
+  Visit take_part() { return {parts->Item(next_part++), parts}; }
+  /// True when nothing is left to do with it.
+  bool is_over() const { return !has_part() && multipart_headers == 1 && !classification.is_attachment(); }
+
+ private:
+  void read_headers() {
+    const CHeaders* const headers = part->load_headers();
+    const std::int64_t count = headers != nullptr ? headers->Count() : 0;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
+      const std::string name = headers->narrow_lower_name(i);
+      if (!Classification::reads(name)) continue;
+      if (classification.take(name, headers->narrow_value(i))) ++multipart_headers;
     }
-    return false;
   }
 };
 
@@ -150,29 +142,31 @@ bool CAttachments::can_be_found_again() const noexcept {
 
 void CAttachments::find_in_parts(CMessage& message) {
   std::deque<Visit> visits;
+  const auto push = [&](Visit visit) {
+    visit.begin(items_.size());
+    visits.push_back(std::move(visit));
+  };
+  const auto pop = [&] {
+    visits.back().end();
+    visits.pop_back();
+  };
   // The caller holds this message itself, which need not be a shared one.
-  visits.push_back(Visit{{std::shared_ptr<CMessage>(), &message}});
+  push({{std::shared_ptr<CMessage>(), &message}, nullptr});
   while (!visits.empty()) {
     Visit& visit = visits.back();
-    if (std::shared_ptr<CMessage> part = visit.take_part()) {
-      visits.push_back(Visit{std::move(part)});
+    if (visit.has_part()) {
+      Visit below = visit.take_part();
+      // What is above the last part of each need not be held any longer, however deep that goes.
+      if (visit.is_over()) pop();
+      push(std::move(below));
       continue;
     }
-    visit.end_parts(items_.size());
-    if (visit.take_headers()) {
-      if (visit.has_visited_parts) {
-        list_again(visit.first_found, visit.behind_found);
-      } else {
-        visit.begin_parts(items_.size());
-      }
-      continue;
-    }
+    const std::size_t behind_found = items_.size();
+    for (std::size_t i = 1; i < visit.multipart_headers; ++i) list_again(visit.first_found, behind_found);
     if (visit.classification.is_attachment()) {
-      const Visit* const above = visits.size() > 1 ? &visits[visits.size() - 2] : nullptr;
-      list(*visit.part, static_cast<int>(visit.classification.encoding()), above != nullptr ? above->parts : nullptr);
+      list(*visit.part, static_cast<int>(visit.classification.encoding()), visit.collection);
     }
-    visit.part->drop_headers_that_run_on(visit.before);
-    visits.pop_back();
+    pop();
   }
 }
 
@@ -183,6 +177,7 @@ void CAttachments::list(CMessage& part, int encoding, const std::shared_ptr<CMes
   }
   file_ = part.file();
   if (parts_.empty() || parts_.back().lock() != parts) parts_.push_back(parts);
+  parts->note_known_places();
   const mailbox::Extent extent{part.StartPosition(), part.EndPosition(), part.Lines(), part.has_separator()};
   items_.push_back({nullptr, mailbox::PackedExtent(extent), static_cast<std::uint32_t>(parts_.size() - 1), encoding});
 }

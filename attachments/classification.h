@@ -15,8 +15,7 @@ class Classification {
   /// True for the names (lower-cased) that `take` looks at.
   static bool reads(std::string_view lower_name) noexcept;
 
-  /// Takes the next header. True when it is a multipart Content-Type, whose parts are to be classified before the next
-  /// header is taken.
+  /// Takes the next header. True when it is a multipart Content-Type.
   bool take(std::string_view lower_name, std::string_view value);
 
   /// True when the headers make an attachment: something says so, and the transfer encoding is known.

@@ -7,8 +7,10 @@
 
 #include "attachments/attachments.h"
 #include "headers/headers.h"
+#include "mailbox/collections_below.h"
 #include "mailbox/message.h"
 #include "mailbox/messages.h"
+#include "mailbox/part_tree.h"
 #include "mailbox/recent_messages.h"
 #include "platform/file.h"
 
@@ -56,9 +58,32 @@ void CMessages::let_go(const std::shared_ptr<CMessage>& message, std::size_t& pa
   const std::int64_t position = position_of(*message);
   if (position < 0) return;
   Entry& entry = items_[static_cast<std::size_t>(position)];
-  if (!message->is_read_from(file_.get(), entry.extent()) || !message->reads_the_same_again(patience)) return;
-  entry.leave(message->traces());
+  if (!message->is_read_from(file_.get(), entry.extent())) return;
+  mailbox::Traces traces = message->traces();
+  if (!message->reads_the_same_again(patience)) {
+    if (!message->detach_parts()) return;
+    traces.parts_were_read = true;
+  }
+  entry.leave(traces);
   entry.give_up_object();
+  message->forget_collection(*this);
+  if (is_detached()) end_unless_wanted();
+}
+
+void CMessages::detach_from(std::int64_t message) noexcept {
+  parent_ = nullptr;
+  detached_from_ = message;
+}
+
+void CMessages::attach_to(CMessage& message) noexcept {
+  parent_ = &message;
+  detached_from_ = kAttached;
+}
+
+void CMessages::end_unless_wanted() noexcept {
+  const std::shared_ptr<mailbox::PartTree> tree = tree_.lock();
+  if (!tree || has_objects() || is_edited_ || has_known_places_) return;
+  const std::shared_ptr<CMessages> ends_here = tree->take(detached_from_);
 }
 
 std::shared_ptr<CMessage> CMessages::found_at(std::int64_t start) {
@@ -78,25 +103,41 @@ std::shared_ptr<CMessage> CMessages::found_at(std::int64_t start) {
 
 bool CMessage::reads_the_same_again(std::size_t& patience) const noexcept {
   // Attachments know their parts: all go together with the message, or none.
-  const bool is_part = collection_->parent() != nullptr;
+  const bool is_part = collection_->is_of_parts();
+  const auto is_as_found_when_seen = [&](const CMessage& message) {
+    if (patience == 0) return false;
+    --patience;
+    return message.is_as_found() && !(is_part && message.has_attachment_);
+  };
+  const auto differs = [&](const CMessage& part) {
+    return !is_as_found_when_seen(part) || part.is_unloaded() || part.scans_text();
+  };
+  if (!is_as_found_when_seen(*this)) return false;
   try {
-    std::vector<CMessage*> waiting;
-    for (const CMessage* message = this; message != nullptr;) {
-      if (patience == 0 || !message->is_as_found()) return false;
-      --patience;
-      if (message != this && (message->is_unloaded() || message->scans_text())) return false;
-      if (is_part && message->has_attachment_) return false;
-      const CMessages* const parts = message->parts_.get();
-      if (parts != nullptr) {
-        if (message->parts_.use_count() > 1 || !parts->is_as_scanned() || parts->has_held_items()) return false;
-        parts->append_existing(waiting);
-      }
-      message = waiting.empty() ? nullptr : waiting.back();
-      if (message != nullptr) waiting.pop_back();
+    using mailbox::CollectionsBelow;
+    for (CollectionsBelow below(*this, CollectionsBelow::Which::attached); const auto* parts = below.next();) {
+      if (parts->use_count() > 1 || !(*parts)->is_as_scanned() || (*parts)->has_held_items()) return false;
+      if ((is_part && (*parts)->has_known_places()) || (*parts)->any_object(differs)) return false;
     }
   } catch (const std::bad_alloc&) {
     return false;
   }
+  return true;
+}
+
+/// Because something of them stays, although the message is let go.
+bool CMessage::detach_parts() noexcept {
+  const std::shared_ptr<mailbox::PartTree> tree = tree_.lock();
+  if (!tree || !is_as_found() || is_unloaded() || has_attachment_ || !parts_ || parts_.use_count() > 1) return false;
+  // What was split otherwise would be split otherwise again.
+  if (parts_->tree() != tree || tree->outline().find(start_, body_offset_) == nullptr) return false;
+  try {
+    tree->detach(start_, parts_);
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+  parts_->detach_from(start_);
+  std::exchange(parts_, nullptr)->end_unless_wanted();
   return true;
 }
 

@@ -7,6 +7,7 @@
 #include "headers/header_block.h"
 #include "headers/headers.h"
 #include "mailbox/messages.h"
+#include "mailbox/part_tree.h"
 #include "mailbox/separator_line.h"
 #include "mailbox/tree_walk.h"
 #include "platform/ascii.h"
@@ -115,6 +116,9 @@ void CMessage::Unload() {
 
 void CMessage::drop_content() {
   drop_attachments();
+  if (const std::shared_ptr<mailbox::PartTree> tree = tree_.lock()) {
+    while (std::shared_ptr<CMessages> parts = tree->take_any(start_, end_)) CMessages::release(std::move(parts));
+  }
   drop_body();
   headers_.reset();
   headers_were_read_ = parts_were_read_ = scans_text_ = false;
@@ -132,7 +136,8 @@ void CMessage::drop_body() {
 void CMessage::drop_parts() { CMessages::release(give_up_parts()); }
 
 void CMessage::drop_what_walking_read(Held before) {
-  if (!before.body && body_) drop_body();
+  // What was taken up from the tree was there before.
+  if (!before.body && body_ && !(parts_ && parts_->has_objects())) drop_body();
   if (!before.headers) headers_.reset();
 }
 
@@ -182,8 +187,8 @@ std::u16string CMessage::Body() {
       message.append_own_body(text);
       return message.parts_ && message.parts_->Count() > 0;
     }
-    void part_begins(const CMessages& parts) override { text += parts.separator() + u"\r\n"; }
-    void parts_end(const CMessages& parts) override { text += parts.separator() + u"--\r\n"; }
+    void part_begins(std::u16string_view separator) override { text.append(separator).append(u"\r\n"); }
+    void parts_end(std::u16string_view separator) override { text.append(separator).append(u"--\r\n"); }
 
     std::u16string text;
   };

@@ -31,8 +31,8 @@ namespace codecs {
 enum class AttachmentEncoding;
 }
 
-namespace mime {
-class PartOutline;
+namespace mailbox {
+class PartTree;
 }
 
 namespace platform {
@@ -255,11 +255,15 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   bool has_below(const CMessages& parts) const;
 
   /// The collection of parts as far as it was made; null before.
-  CMessages* existing_parts() const { return parts_.get(); }
+  const std::shared_ptr<CMessages>& existing_parts() const { return parts_; }
   /// Takes the parts out, for whoever lets go of this message and what is below it.
   std::shared_ptr<CMessages> give_up_parts() noexcept { return std::move(parts_); }
-  /// For a part that was found with its whole tree: where that stands.
-  void use_outline(std::shared_ptr<const mime::PartOutline> outline) { outline_ = std::move(outline); }
+  /// For a part that was found with a whole tree.
+  void be_in(std::weak_ptr<mailbox::PartTree> tree) { tree_ = std::move(tree); }
+  std::shared_ptr<mailbox::PartTree> tree() const { return tree_.lock(); }
+  /// For a part that is about to be let go although something below it stays: leaves its parts in the tree. False when
+  /// that cannot be.
+  bool detach_parts() noexcept;
   /// True while the message is read from this very place.
   bool is_read_from(const platform::File* file, const mailbox::Extent& extent) const;
 
@@ -290,6 +294,7 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   void split_parts(std::int64_t from);
   void split_level(std::int64_t from);
   bool load_from_outline(std::string_view delimiter);
+  bool take_up_parts();
   void ensure_parts();
   /// The text with its transfer encoding undone, in the charset that the other message names.
   std::u16string transfer_decoded_text(CMessage& charset_source);
@@ -324,9 +329,6 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   bool has_body_of_file();
   /// True when the header block, which has been read, goes on behind the end.
   bool headers_run_on() const { return body_offset_ > end_; }
-  /// Whether one of the collections of parts made so far, at any depth, is wanted.
-  template <typename Predicate>
-  bool has_collection_below(Predicate is_wanted) const;
   bool has_headers_of_file();
   void write_own_bytes(platform::ByteSink& sink, Place place);
 
@@ -359,7 +361,7 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   std::u16string parts_boundary_;
   std::shared_ptr<CMessages> parts_;
   std::shared_ptr<CAttachments> attachments_;
-  std::shared_ptr<const mime::PartOutline> outline_;
+  std::weak_ptr<mailbox::PartTree> tree_;
   std::any tag_;
   std::unique_ptr<TemporaryFiles> temporary_files_;  ///< made together with the first file of its own
 };

@@ -62,7 +62,7 @@ void CMessage::read_from(OwnFile own) noexcept {
   body_offset_ = own.body_offset;
   headers_ = std::move(own.headers);
   file_ = std::move(own.file);
-  outline_.reset();
+  tree_.reset();
 }
 
 void CMessage::SetText(std::u16string_view text) {
@@ -113,7 +113,7 @@ void CMessage::SetBody(std::u16string_view body) {
   has_separator_ = first_line_is_separator_ = false;
   has_own_file_ = true;
   file_ = std::move(opened);
-  outline_.reset();
+  tree_.reset();
   start_ = body_offset_ = 0;
   end_ = file_->size();
   lines_ = count_lines(bytes);

@@ -7,6 +7,7 @@
 #include "errors/error.h"
 #include "headers/header_block.h"
 #include "headers/headers.h"
+#include "mailbox/collections_below.h"
 #include "mailbox/line_sink.h"
 #include "mailbox/message.h"
 #include "mailbox/messages.h"
@@ -28,9 +29,7 @@ namespace {
 
 /// A mailbox's "From " is never written between messages; their own separator lines are. Deliberate for a delimiter
 /// that is no longer; see a_delimiter_of_five_characters_is_not_written.
-bool has_delimiters(const CMessages& parts) { return parts.separator().size() > mailbox::kSeparator.size(); }
-
-std::string delimiter_of(const CMessages& parts) { return platform::process_bytes(parts.separator()); }
+bool is_delimiter(std::u16string_view separator) { return separator.size() > mailbox::kSeparator.size(); }
 
 }  // namespace
 
@@ -62,15 +61,15 @@ void CMessage::write(platform::ByteSink& sink, Place place, bool keeps) {
   struct Writer final : mailbox::TreeVisitor {
     explicit Writer(platform::ByteSink& to) : sink(to) {}
     bool visit(CMessage& message, Place at) override { return message.write_own_text(sink, at); }
-    void part_begins(const CMessages& parts) override { write_delimiter(parts, platform::kLineEnd); }
-    void parts_end(const CMessages& parts) override {
-      write_delimiter(parts, "--\r\n");
+    void part_begins(std::u16string_view separator) override { write_delimiter(separator, platform::kLineEnd); }
+    void parts_end(std::u16string_view separator) override {
+      write_delimiter(separator, "--\r\n");
       sink.write(platform::kLineEnd);
     }
-    void write_delimiter(const CMessages& parts, std::string_view end) {
-      if (!has_delimiters(parts)) return;
+    void write_delimiter(std::u16string_view separator, std::string_view end) {
+      if (!is_delimiter(separator)) return;
       sink.end_line();
-      sink.write(delimiter_of(parts).append(end));
+      sink.write(platform::process_bytes(separator).append(end));
     }
 
     mailbox::LineSink sink;
@@ -103,14 +102,10 @@ bool CMessage::write_own_text(platform::ByteSink& sink, Place place) {
 bool CMessage::is_as_read() { return has_headers_of_file() && has_body_of_file(); }
 
 bool CMessage::has_body_of_file() {
-  std::vector<CMessage*> waiting{this};
-  while (!waiting.empty()) {
-    CMessage& message = *waiting.back();
-    waiting.pop_back();
-    if (message.text_was_put_ || (&message != this && !message.has_headers_of_file())) return false;
-    if (!message.parts_) continue;
-    if (!message.parts_->is_as_scanned()) return false;
-    message.parts_->append_existing(waiting);
+  const auto is_changed = [](CMessage& part) { return part.text_was_put_ || !part.has_headers_of_file(); };
+  if (text_was_put_) return false;
+  for (mailbox::CollectionsBelow below(*this); const auto* parts = below.next();) {
+    if (!(*parts)->is_as_scanned() || (*parts)->any_object(is_changed)) return false;
   }
   return true;
 }
@@ -125,31 +120,22 @@ bool CMessage::is_read_from(const platform::File* file, const mailbox::Extent& e
   return file_.get() == file && start_ == extent.start && end_ == extent.end;
 }
 
-template <typename Predicate>
-bool CMessage::has_collection_below(Predicate is_wanted) const {
-  std::vector<CMessage*> waiting;
-  for (const CMessage* message = this; message != nullptr;) {
-    if (message->parts_) {
-      if (is_wanted(message->parts_)) return true;
-      message->parts_->append_existing(waiting);
-    }
-    message = waiting.empty() ? nullptr : waiting.back();
-    if (message != nullptr) waiting.pop_back();
+bool CMessage::has_held_parts() const {
+  for (mailbox::CollectionsBelow below(*this); const auto* parts = below.next();) {
+    if (parts->use_count() > 1 || (*parts)->has_held_items()) return true;
   }
   return false;
 }
 
-bool CMessage::has_held_parts() const {
-  return has_collection_below(
-      [](const std::shared_ptr<CMessages>& parts) { return parts.use_count() > 1 || parts->has_held_items(); });
-}
-
 bool CMessage::has_below(const CMessages& wanted) const {
-  return has_collection_below([&](const std::shared_ptr<CMessages>& parts) { return parts.get() == &wanted; });
+  for (mailbox::CollectionsBelow below(*this); const auto* parts = below.next();) {
+    if (parts->get() == &wanted) return true;
+  }
+  return false;
 }
 
 CMessage::Place CMessage::own_place() const {
-  return collection_ != nullptr && collection_->parent() != nullptr ? Place::part : Place::alone;
+  return collection_ != nullptr && collection_->is_of_parts() ? Place::part : Place::alone;
 }
 
 std::optional<std::string> CMessage::separator_line_for(Place place) const {
@@ -193,18 +179,20 @@ void CMessage::load_tree(bool for_good) {
     message.Load();
     message.stays_whole_ = message.stays_whole_ || for_good;
   };
-  load(*this);
   std::deque<Level> levels;
-  if (parts_) levels.push_back({nullptr, *parts_});
+  const auto push = [&levels](std::shared_ptr<CMessage> message, CMessage& with) {
+    const auto& parts = with.parts_;
+    if (parts && parts->Count() > 0) levels.push_back({std::move(message), *parts});
+  };
+  load(*this);
+  push(nullptr, *this);
   while (!levels.empty()) {
     Level& level = levels.back();
-    if (level.next == level.parts.Count()) {
-      levels.pop_back();
-      continue;
-    }
     std::shared_ptr<CMessage> part = level.parts.Item(level.next++);
+    // What is above the last part of each need not be held any longer, however deep that goes.
+    if (level.next == level.parts.Count()) levels.pop_back();
     load(*part);
-    if (CMessages* const parts = part->existing_parts()) levels.push_back({std::move(part), *parts});
+    push(part, *part);
   }
 }
 

@@ -8,6 +8,7 @@
 #include "mailbox/line_sink.h"
 #include "mailbox/message.h"
 #include "mailbox/message_snapshot.h"
+#include "mailbox/part_tree.h"
 #include "mailbox/scanner.h"
 #include "mailbox/separator_line.h"
 #include "platform/ascii.h"
@@ -46,6 +47,7 @@ CMessages::~CMessages() {
 void CMessages::give_up_items() noexcept {
   std::shared_ptr<CMessages> to_release;
   release_items(to_release);
+  release_tree(to_release);
   release(std::move(to_release));
 }
 
@@ -56,7 +58,9 @@ void CMessages::release(std::shared_ptr<CMessages> parts) noexcept {
     parts = std::move(first->next_to_release_);
     first->parent_ = nullptr;
     // What a client holds as well keeps its items.
-    if (first.use_count() == 1) first->release_items(parts);
+    if (first.use_count() > 1) continue;
+    first->release_items(parts);
+    first->release_tree(parts);
   }
 }
 
@@ -72,6 +76,16 @@ void CMessages::release_items(std::shared_ptr<CMessages>& to_release) noexcept {
     parts->next_to_release_ = std::move(to_release);
     to_release = std::move(parts);
   }
+}
+
+/// The detached collections of a tree that ends go to the front of a list, too.
+void CMessages::release_tree(std::shared_ptr<CMessages>& to_release) noexcept {
+  if (!own_tree_) return;
+  while (std::shared_ptr<CMessages> parts = own_tree_->take_any()) {
+    parts->next_to_release_ = std::move(to_release);
+    to_release = std::move(parts);
+  }
+  own_tree_.reset();
 }
 
 std::shared_ptr<CMessage> CMessages::Item(std::int64_t index) {
@@ -106,12 +120,16 @@ void CMessages::before_change() {
 
 std::shared_ptr<CMessage> CMessages::for_walking(std::int64_t index) {
   const Entry& entry = items_[static_cast<std::size_t>(index)];
-  return entry.object() ? entry.object() : new_object(entry);
+  if (entry.object()) return entry.object();
+  // What takes up a detached collection, or leads to one, has to stay.
+  const std::shared_ptr<mailbox::PartTree> tree = tree_.lock();
+  const bool stays = tree && tree->has_detached(entry.start(), entry.extent().end);
+  return stays ? object_at(static_cast<std::size_t>(index)) : new_object(entry);
 }
 
 std::shared_ptr<CMessage> CMessages::new_object(const Entry& entry) {
   auto object = std::make_shared<CMessage>(owner_, this, file_, entry.extent());
-  if (outline_) object->use_outline(outline_);
+  object->be_in(tree_);
   mailbox::Traces traces = entry.traces();
   if (parts_were_read_) traces.headers_were_read = traces.body_was_read = traces.parts_were_read = true;
   object->bear(traces);
@@ -130,6 +148,10 @@ void CMessages::append_existing(std::vector<CMessage*>& to) const {
   for (const Entry& entry : items_) {
     if (entry.object()) to.push_back(entry.object().get());
   }
+}
+
+bool CMessages::has_objects() const {
+  return any_object([](const CMessage&) { return true; });
 }
 
 bool CMessages::has_held_items() const {
@@ -275,7 +297,7 @@ mailbox::ScanResult CMessages::split(const std::shared_ptr<platform::File>& file
 
 void CMessages::split(const std::shared_ptr<platform::File>& file, std::u16string_view delimiter,
                       const std::function<void(mailbox::ExtentSink&)>& find_parts,
-                      std::shared_ptr<const mime::PartOutline> outline) {
+                      const std::shared_ptr<mailbox::PartTree>& tree) {
   // Put together first: when memory runs out, nothing was split.
   mailbox::MadeOnUse<Entry> items;
   EntrySink sink(items);
@@ -285,7 +307,7 @@ void CMessages::split(const std::shared_ptr<platform::File>& file, std::u16strin
   file_ = file;
   set_separator(std::move(separator));
   give_up_items();
-  outline_ = std::move(outline);
+  tree_ = tree;
   items_ = std::move(items);
 }
 

@@ -4,6 +4,7 @@
 // Add, Remove and RemoveAll tell the owning control.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <forward_list>
 #include <functional>
@@ -26,12 +27,9 @@ class CMessage;
 
 namespace mailbox {
 class MessageSnapshot;
+class PartTree;
 struct ScanResult;
 }  // namespace mailbox
-
-namespace mime {
-class PartOutline;
-}
 
 namespace platform {
 class File;
@@ -87,10 +85,12 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   mailbox::ScanResult split(const std::shared_ptr<platform::File>& file, std::int64_t from, std::int64_t limit,
                             std::u16string_view delimiter);
 
-  /// The same with what an outline has found, which the parts share when it is given.
+  /// The same with what an outline has found. The parts know the tree, when one is given.
   void split(const std::shared_ptr<platform::File>& file, std::u16string_view delimiter,
              const std::function<void(mailbox::ExtentSink&)>& find_parts,
-             std::shared_ptr<const mime::PartOutline> outline);
+             const std::shared_ptr<mailbox::PartTree>& tree);
+  /// For the outermost collection of a tree: it ends with this one.
+  void own(std::shared_ptr<mailbox::PartTree> tree) noexcept { own_tree_ = std::move(tree); }
 
   /// A new message whose text is an open file of this size, appended without telling the control. A parts collection
   /// makes its parent multipart first when it is not.
@@ -103,6 +103,13 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   std::shared_ptr<CMessage> for_walking(std::int64_t index);
   /// The messages that are held as objects are appended.
   void append_existing(std::vector<CMessage*>& to) const;
+  bool has_objects() const;
+  /// Whether one of them is wanted.
+  template <typename Predicate>
+  bool any_object(Predicate is_wanted) const {
+    return std::any_of(items_.begin(), items_.end(),
+                       [&](const Entry& entry) { return entry.object() && is_wanted(*entry.object()); });
+  }
   /// Lets the object of a message go, of which the caller has one reference, when nobody else holds anything of it and
   /// it reads the same when it is made again. Looks at no more objects than `patience`, and takes them off it.
   void let_go(const std::shared_ptr<CMessage>& message, std::size_t& patience) noexcept;
@@ -136,6 +143,25 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
 
   const OwnerLink& owner() const { return owner_; }
   CMessage* parent() const { return parent_; }
+  /// True for the parts of a message, which may have been let go.
+  bool is_of_parts() const { return parent_ != nullptr || is_detached(); }
+
+  // Parts that outlive the object of their message; see PartTree.
+
+  std::shared_ptr<mailbox::PartTree> tree() const { return tree_.lock(); }
+  /// The tree of which this is the outermost collection, if there is one.
+  const mailbox::PartTree* own_tree() const { return own_tree_.get(); }
+  bool is_detached() const { return detached_from_ != kAttached; }
+  /// For a message that begins there and is let go.
+  void detach_from(std::int64_t message) noexcept;
+  /// For the message made again.
+  void attach_to(CMessage& message) noexcept;
+  /// Ends a detached collection of which nothing is wanted any longer.
+  void end_unless_wanted() noexcept;
+  /// Attachments know the place of a part here, so that this collection may not be made again.
+  void note_known_places() noexcept { has_known_places_ = true; }
+  bool has_known_places() const { return has_known_places_; }
+
   /// For a message that lets go of its parts, and of all below them, however deep that is. Needs no memory.
   static void release(std::shared_ptr<CMessages> parts) noexcept;
 
@@ -146,6 +172,7 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   void before_change();
   void give_up_items() noexcept;
   void release_items(std::shared_ptr<CMessages>& to_release) noexcept;
+  void release_tree(std::shared_ptr<CMessages>& to_release) noexcept;
   std::shared_ptr<CMessage> object_at(std::size_t index);
   mailbox::ScanResult scan_range(std::int64_t from, std::int64_t limit);
   std::shared_ptr<CMessage> new_object(const Entry& entry);
@@ -161,9 +188,13 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   std::u16string separator_;
   std::shared_ptr<platform::File> file_;
   mailbox::MadeOnUse<Entry> items_;
-  std::shared_ptr<const mime::PartOutline> outline_;
+  std::weak_ptr<mailbox::PartTree> tree_;
+  std::shared_ptr<mailbox::PartTree> own_tree_;
+  static constexpr std::int64_t kAttached = -1;
+  std::int64_t detached_from_ = kAttached;
   bool is_edited_ = false;
   bool parts_were_read_ = false;
+  bool has_known_places_ = false;
   std::string scanned_separator_;                 ///< the separator as the scan compared it
   std::vector<std::int64_t> removed_positions_;   ///< where scanned messages began that were removed since
   std::vector<std::weak_ptr<CMessage>> removed_;  ///< objects of removed messages, which others may hold

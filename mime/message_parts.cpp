@@ -10,6 +10,7 @@
 #include "headers/headers.h"
 #include "mailbox/message.h"
 #include "mailbox/messages.h"
+#include "mailbox/part_tree.h"
 #include "mailbox/scanner.h"
 #include "mime/body_text.h"
 #include "mime/boundary.h"
@@ -50,6 +51,10 @@ void CMessage::load_body() {
   if (body_) return;
   parts_boundary_.clear();
   if (load_headers() == nullptr) return;
+  if (take_up_parts()) {
+    changed_ = false;
+    return;
+  }
   const std::string delimiter = mime::delimiter_of(*headers_);
   parts_boundary_ = platform::widen(platform::kThreadCodePage, delimiter);
   if (!load_from_outline(delimiter)) {
@@ -64,16 +69,38 @@ void CMessage::load_body() {
   changed_ = false;
 }
 
+/// Takes up the parts that were left in the tree when the message was let go. Whatever has become of the file: they
+/// may hold what a client changed.
+bool CMessage::take_up_parts() {
+  const std::shared_ptr<mailbox::PartTree> tree = tree_.lock();
+  const std::shared_ptr<CMessages> parts = tree ? tree->detached_at(start_) : nullptr;
+  if (!parts) return false;
+  const mime::PartOutline::Multipart* const known = tree->outline().find(start_, body_offset_);
+  std::string text(known != nullptr ? static_cast<std::size_t>(known->opening - body_offset_) : 0, '\0');
+  const std::size_t got = file_->read(body_offset_, text.data(), text.size());
+  std::u16string boundary = parts->separator();
+  is_cut_short_ = known == nullptr || got < text.size();
+  text.resize(got);
+  body_ = std::move(text);
+  parts_boundary_ = std::move(boundary);
+  drop_parts();
+  parts_ = tree->take(start_);
+  parts_->attach_to(*this);
+  if (parts_were_read_) parts_->count_as_read();
+  return true;
+}
+
 bool CMessage::load_from_outline(std::string_view delimiter) {
-  if (!outline_ || !file_ || delimiter.empty()) return false;
-  const mime::PartOutline::Multipart* const known = outline_->find(start_, body_offset_);
+  const std::shared_ptr<mailbox::PartTree> tree = tree_.lock();
+  if (!tree || !file_ || delimiter.empty()) return false;
+  const mime::PartOutline::Multipart* const known = tree->outline().find(start_, body_offset_);
   if (known == nullptr || !is_line(*file_, known->opening, delimiter)) return false;
   std::string text(static_cast<std::size_t>(known->opening - body_offset_), '\0');
   // A file that has less by now, or is closed, is read as it is.
   if (file_->read(body_offset_, text.data(), text.size()) < text.size()) return false;
   ensure_parts();
   parts_->split(
-      file_, parts_boundary_, [&](mailbox::ExtentSink& sink) { outline_->parts(*known, sink); }, outline_);
+      file_, parts_boundary_, [&](mailbox::ExtentSink& sink) { tree->outline().parts(*known, sink); }, tree);
   body_ = std::move(text);
   return true;
 }
@@ -87,9 +114,11 @@ void CMessage::split_parts(std::int64_t from) {
     return;
   }
   is_cut_short_ = is_cut_short_ || (!outline->is_whole() && outline->end() < std::min(end_, file_->size()));
+  // Had before anything is split. Without parts below its own the outline has done what it is for.
+  const auto tree = outline->has_multiparts() ? std::make_shared<mailbox::PartTree>(outline) : nullptr;
   parts_->split(
-      file_, parts_boundary_, [&](mailbox::ExtentSink& sink) { outline->take_parts(sink); },
-      outline->has_multiparts() ? outline : nullptr);
+      file_, parts_boundary_, [&](mailbox::ExtentSink& sink) { outline->take_parts(sink); }, tree);
+  parts_->own(tree);
 }
 
 void CMessage::split_level(std::int64_t from) {

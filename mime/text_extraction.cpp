@@ -110,6 +110,7 @@ std::shared_ptr<CMessage> CMessage::find_part(std::u16string_view content_type) 
   struct Level {
     std::shared_ptr<CMessage> message;
     std::int64_t next;
+    std::shared_ptr<CMessage> take_part() { return message->existing_parts()->Item(next++); }
     bool is_over() const { return next == message->existing_parts()->Count(); }
   };
   // A part without a boundary has no parts, and is not read to learn it.
@@ -126,7 +127,7 @@ std::shared_ptr<CMessage> CMessage::find_part(std::u16string_view content_type) 
   for (std::shared_ptr<CMessage> message(std::shared_ptr<CMessage>(), this); message != nullptr;) {
     const Held before = message->held();
     const std::u16string type = lower(message->ContentType());
-    CMessages* parts = message->parts_if_any();
+    CMessages* const parts = message->parts_if_any();
     message->drop_headers_that_run_on(before);
     if (contains(type, u"multipart/mixed") || contains(type, u"multipart/related")) {
       // Deliberate: nothing but that part is searched; see
@@ -140,10 +141,11 @@ std::shared_ptr<CMessage> CMessage::find_part(std::u16string_view content_type) 
     // What the search passes counts as loaded.
     message->changed_ = false;
     if (std::shared_ptr<CMessage> part = first_part(parts, is_wanted)) return part;
-    if (parts != nullptr) levels.push_back({std::move(message), 0});
-    while (!levels.empty() && levels.back().is_over()) levels.pop_back();
+    if (parts != nullptr && parts->Count() > 0) levels.push_back({std::move(message), 0});
     if (levels.empty()) return nullptr;
-    message = levels.back().message->existing_parts()->Item(levels.back().next++);
+    message = levels.back().take_part();
+    // What is above the last part of each need not be held any longer, however deep that goes.
+    if (levels.back().is_over()) levels.pop_back();
   }
   return nullptr;
 }

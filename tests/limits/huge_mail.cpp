@@ -190,6 +190,7 @@ std::size_t read_texts(CVellobar& control) {
   });
 }
 
+/// The client lets go of what is above the last part of each.
 std::size_t walk_parts(CVellobar& control) {
   return for_each_message(control, [](CMessage& top) {
     struct Level {
@@ -197,16 +198,17 @@ std::size_t walk_parts(CVellobar& control) {
       std::int64_t next;
     };
     std::size_t seen = 0;
-    std::vector<Level> levels{{top.Parts(), 0}};
+    std::vector<Level> levels;
+    const auto push = [&](std::shared_ptr<CMessages> parts) {
+      if (parts->Count() > 0) levels.push_back({std::move(parts), 0});
+    };
+    push(top.Parts());
     while (!levels.empty()) {
       Level& level = levels.back();
-      if (level.next == level.parts->Count()) {
-        levels.pop_back();
-        continue;
-      }
       const auto part = level.parts->Item(level.next++);
+      if (level.next == level.parts->Count()) levels.pop_back();
       seen += size_of([&] { return part->Text().size(); }) + 1;
-      levels.push_back({part->Parts(), 0});
+      push(part->Parts());
     }
     return seen;
   });
