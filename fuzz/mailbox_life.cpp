@@ -22,11 +22,6 @@ namespace {
 
 constexpr std::size_t kMostHeld = 8;
 
-void make_empty(const std::string& folder) {
-  fs::create_directories(folder);
-  for (const fs::directory_entry& entry : fs::directory_iterator(folder)) fs::remove_all(entry.path());
-}
-
 std::string in_scratch(std::string_view name) { return scratch_folder().path(name); }
 
 std::size_t count_files(const std::string& folder) {
@@ -37,7 +32,7 @@ std::size_t count_files(const std::string& folder) {
 
 MailboxLife::MailboxLife(std::string_view content, Client client)
     : content_(content), client_(client), path_(in_scratch("box/test.mbox")), temporary_(in_scratch("temporary/")) {
-  for (const char* folder : {"box", "temporary", "files"}) make_empty(in_scratch(folder));
+  for (const char* folder : {"box", "temporary", "files"}) make_empty_scratch_folder(folder);
   tests::write_file(path_, content_);
   control_.SetFilename(tests::wide(path_));
   control_.Lock();

@@ -1,15 +1,24 @@
 #include "fuzz/scratch.h"
 
 #include <cstddef>
+#include <filesystem>
 #include <stdexcept>
 
 #include "fuzz/choices.h"
 
 namespace vellobar::fuzz {
 
+namespace fs = std::filesystem;
+
 const tests::TemporaryFolder& scratch_folder() {
   static const tests::TemporaryFolder folder;
   return folder;
+}
+
+void make_empty_scratch_folder(std::string_view name) {
+  const std::string folder = scratch_folder().path(name);
+  fs::create_directories(folder);
+  for (const fs::directory_entry& entry : fs::directory_iterator(folder)) fs::remove_all(entry.path());
 }
 
 std::shared_ptr<platform::File> file_of(std::string_view bytes) {

@@ -13,6 +13,9 @@ namespace vellobar::fuzz {
 
 const tests::TemporaryFolder& scratch_folder();
 
+/// Makes a folder in it, or takes out all that one holds.
+void make_empty_scratch_folder(std::string_view name);
+
 /// The bytes as an open file. One at a time: the next call writes over it.
 std::shared_ptr<platform::File> file_of(std::string_view bytes);
 

@@ -19,6 +19,7 @@ constexpr Target kTargets[] = {
     {"dates", fuzz_dates},
     {"encoded_words", fuzz_encoded_words},
     {"header_block", fuzz_header_block},
+    {"letting_go", fuzz_letting_go},
     {"line_search", fuzz_line_search},
     {"mailbox", fuzz_mailbox},
     {"parts", fuzz_parts},

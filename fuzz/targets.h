@@ -14,6 +14,7 @@ void fuzz_codec_forms(std::string_view input);
 void fuzz_dates(std::string_view input);
 void fuzz_encoded_words(std::string_view input);
 void fuzz_header_block(std::string_view input);
+void fuzz_letting_go(std::string_view input);
 void fuzz_line_search(std::string_view input);
 void fuzz_mailbox(std::string_view input);
 void fuzz_parts(std::string_view input);
