@@ -550,19 +550,35 @@ void WatchfulClient::peek(Choices& choices) {
   chosen->Peek(piece_in_file(choices));
 }
 
-bool WatchfulClient::is_in_mailbox(const CMessages& parts) const {
-  if (&parts == control_.Messages().get() || &parts == other_.Messages().get()) return true;
-  return parts.parent() != nullptr && is_in_mailbox(*parts.parent());
-}
+/// Everything that can be reached from the mailboxes. It is held for the while, so that no address is used again.
+class WatchfulClient::Reachable {
+ public:
+  explicit Reachable(const WatchfulClient& client) {
+    for (const auto& messages : {client.control_.Messages(), client.other_.Messages()}) collections_.push_back(messages);
+    for (std::size_t i = 0; i < collections_.size(); ++i) {
+      for (const Message& part : std::shared_ptr(collections_[i])) {
+        messages_.push_back(part);
+        collections_.push_back(part->Parts());
+      }
+    }
+  }
+  bool has(const CMessage& message) const { return has(messages_, message); }
+  bool has(const CMessages& parts) const { return has(collections_, parts); }
 
-bool WatchfulClient::is_in_mailbox(const CMessage& message) const {
-  const CMessages* const collection = message.collection();
-  return collection != nullptr && collection->position_of(message) >= 0 && is_in_mailbox(*collection);
-}
+ private:
+  template <typename Object>
+  static bool has(const std::vector<std::shared_ptr<Object>>& all, const Object& wanted) {
+    return std::ranges::find(all, &wanted, [](const auto& object) { return object.get(); }) != all.end();
+  }
+
+  std::vector<Message> messages_;
+  std::vector<std::shared_ptr<CMessages>> collections_;
+};
 
 void WatchfulClient::let_go_before_closing() {
-  messages_.let_go_if([&](CMessage& message) { return !is_in_mailbox(message) || has_headers_that_run_on(message); });
-  collections_.let_go_if([&](CMessages& parts) { return !is_in_mailbox(parts) || has_headers_that_run_on(parts); });
+  const Reachable reachable(*this);
+  messages_.let_go_if([&](CMessage& message) { return !reachable.has(message) || has_headers_that_run_on(message); });
+  collections_.let_go_if([&](CMessages& parts) { return !reachable.has(parts) || has_headers_that_run_on(parts); });
 }
 
 void WatchfulClient::save(Choices& choices) {

@@ -134,6 +134,7 @@ class WatchfulClient {
   void update_other(Choices&);
   void lock_again(Choices&);
 
+  class Reachable;
   /// A message of one of the mailboxes, one that is held, or a part below any of these, however deep.
   Message message(Choices& choices);
   Message top(Choices& choices);
@@ -149,8 +150,6 @@ class WatchfulClient {
   /// What a closed file held is there as far as it was read and kept. So nothing is held on to that an update does not
   /// read whole: objects that are in no mailbox any longer, and parts whose header blocks run on behind their ends.
   void let_go_before_closing();
-  bool is_in_mailbox(const CMessage& message) const;
-  bool is_in_mailbox(const CMessages& parts) const;
 
   /// Writes down what the call returns or the error it throws.
   template <typename Call>
