@@ -177,6 +177,8 @@ void CMessage::load_tree(bool for_good) {
   };
   const auto load = [for_good](CMessage& message) {
     message.Load();
+    // Of a block that runs on behind the end the headers may have been dropped, and the text kept.
+    if (for_good) message.load_headers();
     message.stays_whole_ = message.stays_whole_ || for_good;
   };
   std::deque<Level> levels;

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "attachments/attachments.h"
 #include "tests/support/mailboxes.h"
 
 namespace vellobar {
@@ -296,6 +297,23 @@ TEST(Update, writes_a_message_of_another_mailbox_whole_also_when_that_one_was_un
   from.control().Unlock();
   to.control().Update();
   EXPECT_EQ(to.message(2)->Parts()->Item(0)->Text(), u"part\n");
+}
+
+TEST(Update, writes_headers_of_another_mailbox_that_run_on_also_when_a_search_for_attachments_had_dropped_them) {
+  Mailbox from(
+      "From a\nContent-Type: multipart/mixed; boundary=\"xyzw\"\n\n--xyzw\nX-Runs: on\n--xyzw\n"
+      "Content-Type: multipart/mixed; boundary=none\n\npart\n--xyzw--\n"),
+      to("");
+  from.control().Lock();
+  to.control().Lock();
+  EXPECT_EQ(from.message(0)->Attachments()->Count(), 0);
+  to.control().Messages()->Add(from.message(0));
+  from.control().Unlock();
+  to.control().Update();
+  EXPECT_EQ(to.content(),
+            "From a\r\nContent-Type: multipart/mixed; boundary=\"xyzw\"\r\n\r\n--xyzw\r\n"
+            "X-Runs: on\r\nContent-Type: multipart/mixed; boundary=none\r\n\r\n--xyzw\r\n"
+            "Content-Type: multipart/mixed; boundary=none\r\n\r\npart\n--xyzw--\r\n\r\n\r\n");
 }
 
 TEST(Update, refuses_a_message_whose_own_mailbox_was_closed_before_it_was_read) {
