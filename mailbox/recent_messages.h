@@ -1,5 +1,5 @@
 // The messages and parts of one mailbox whose objects were made last. Two thousand of them, in a large mailbox one for
-// every 2 KB, stay in memory although nobody holds them, so that reading the same ones again costs nothing; that is all
+// every 4 KB, stay in memory although nobody holds them, so that reading the same ones again costs nothing; that is all
 // of them in most mailboxes. Of the older ones each is let go that would read the same if it were made again, so that
 // mail of tiny messages and parts is read from end to end in little memory.
 #pragma once
@@ -19,7 +19,7 @@ class RecentMessages {
  public:
   /// How many stay in a mailbox that is not large.
   static constexpr std::size_t kMost = 2048;
-  static constexpr std::int64_t kBytesForEach = 2048;
+  static constexpr std::int64_t kBytesForEach = 4096;
 
   /// For a mailbox of this size, before any is made.
   void allow_for(std::int64_t bytes) noexcept;
