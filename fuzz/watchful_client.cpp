@@ -50,22 +50,6 @@ bool has_made_boundary(const CodedRange& range) {
   return has_made_boundary(bytes);
 }
 
-bool has_headers_that_run_on(std::vector<std::shared_ptr<CMessage>> waiting) {
-  while (!waiting.empty()) {
-    const std::shared_ptr<CMessage> message = std::move(waiting.back());
-    waiting.pop_back();
-    if (message->load_headers() == nullptr || message->body_offset() > message->EndPosition()) return true;
-    for (const auto& part : message->Parts()) waiting.push_back(part);
-  }
-  return false;
-}
-bool has_headers_that_run_on(CMessage& top) { return has_headers_that_run_on(std::vector{top.shared_from_this()}); }
-bool has_headers_that_run_on(CMessages& parts) {
-  std::vector<std::shared_ptr<CMessage>> all;
-  for (const auto& part : parts.shared_from_this()) all.push_back(part);
-  return has_headers_that_run_on(std::move(all));
-}
-
 std::string shown(std::u16string_view text) { return platform::narrow(platform::kUtf8CodePage, text); }
 std::string shown(std::int64_t number) { return std::to_string(number); }
 
@@ -561,8 +545,8 @@ bool WatchfulClient::is_in_mailbox(const CMessage& message) const {
 }
 
 void WatchfulClient::let_go_before_closing() {
-  messages_.let_go_if([&](CMessage& message) { return !is_in_mailbox(message) || has_headers_that_run_on(message); });
-  collections_.let_go_if([&](CMessages& parts) { return !is_in_mailbox(parts) || has_headers_that_run_on(parts); });
+  messages_.let_go_if([&](CMessage& message) { return !is_in_mailbox(message); });
+  collections_.let_go_if([&](CMessages& parts) { return !is_in_mailbox(parts); });
 }
 
 void WatchfulClient::save(Choices& choices) {
