@@ -50,22 +50,6 @@ bool has_made_boundary(const CodedRange& range) {
   return has_made_boundary(bytes);
 }
 
-bool has_headers_that_run_on(std::vector<std::shared_ptr<CMessage>> waiting) {
-  while (!waiting.empty()) {
-    const std::shared_ptr<CMessage> message = std::move(waiting.back());
-    waiting.pop_back();
-    if (message->load_headers() == nullptr || message->body_offset() > message->EndPosition()) return true;
-    for (const auto& part : message->Parts()) waiting.push_back(part);
-  }
-  return false;
-}
-bool has_headers_that_run_on(CMessage& top) { return has_headers_that_run_on(std::vector{top.shared_from_this()}); }
-bool has_headers_that_run_on(CMessages& parts) {
-  std::vector<std::shared_ptr<CMessage>> all;
-  for (const auto& part : parts.shared_from_this()) all.push_back(part);
-  return has_headers_that_run_on(std::move(all));
-}
-
 std::string shown(std::u16string_view text) { return platform::narrow(platform::kUtf8CodePage, text); }
 std::string shown(std::int64_t number) { return std::to_string(number); }
 
@@ -576,9 +560,8 @@ class WatchfulClient::Reachable {
 };
 
 void WatchfulClient::let_go_before_closing() {
-  const Reachable reachable(*this);
-  messages_.let_go_if([&](CMessage& message) { return !reachable.has(message) || has_headers_that_run_on(message); });
-  collections_.let_go_if([&](CMessages& parts) { return !reachable.has(parts) || has_headers_that_run_on(parts); });
+  messages_.let_go_if([&](CMessage& message) { return !reachable.has(message); });
+  collections_.let_go_if([&](CMessages& parts) { return !reachable.has(parts); });
 }
 
 void WatchfulClient::save(Choices& choices) {

@@ -147,8 +147,8 @@ class WatchfulClient {
   std::u16string piece(Choices& choices) const;
   std::u16string piece_in_file(Choices& choices);
 
-  /// What a closed file held is there as far as it was read and kept. So nothing is held on to that an update does not
-  /// read whole: objects that are in no mailbox any longer, and parts whose header blocks run on behind their ends.
+  /// What a closed file held is there as far as it was read and kept, unless an update reads it whole. So no objects
+  /// are held on to that are in no mailbox any longer.
   void let_go_before_closing();
 
   /// Writes down what the call returns or the error it throws.
