@@ -560,6 +560,7 @@ class WatchfulClient::Reachable {
 };
 
 void WatchfulClient::let_go_before_closing() {
+  const Reachable reachable(*this);
   messages_.let_go_if([&](CMessage& message) { return !reachable.has(message); });
   collections_.let_go_if([&](CMessages& parts) { return !reachable.has(parts); });
 }
