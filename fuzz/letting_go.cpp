@@ -18,8 +18,9 @@ namespace vellobar::fuzz {
 namespace {
 
 std::string seen_in_life(std::string_view content, std::string_view decisions) {
-  WatchfulClient client(content);
-  for (Choices choices(decisions); choices.has_more();) client.step(choices);
+  Choices choices(decisions);
+  WatchfulClient client(content, choices.flip());
+  while (choices.has_more()) client.step(choices);
   client.finish();
   return client.seen();
 }
@@ -29,12 +30,12 @@ std::string seen_in_life(std::string_view content, std::string_view decisions) {
 void fuzz_letting_go(std::string_view input) {
   constexpr std::size_t kMostKept = 3;
   constexpr std::size_t kMostNests = 3;
-  constexpr std::size_t kMostDecisions = 200;
+  constexpr std::size_t kMostDecisions = 1024;
   Choices choices(input);
   const std::size_t kept = 1 + choices.below(kMostKept);
   std::string content;
   for (std::size_t nests = choices.below(kMostNests + 1); nests > 0; --nests) content += nested_message(choices);
-  const std::string_view decisions = choices.take(choices.below(kMostDecisions));
+  const std::string_view decisions = choices.take(choices.below(256) * kMostDecisions / 256);
   content += choices.text();
   if (!has_short_lines(content)) return;
   tests::FaultyFileSystem without_waiting;

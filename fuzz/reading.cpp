@@ -63,7 +63,7 @@ std::string told_by_tree(CMessage& top) {
   return text;
 }
 
-std::string told_by_properties(CMessage& message) {
+std::string told_by_texts(CMessage& message) {
   using Property = std::u16string (CMessage::*)();
   static constexpr Property kProperties[] = {
       &CMessage::From,        &CMessage::Subject,   &CMessage::CC,      &CMessage::BCC,       &CMessage::To,
@@ -75,7 +75,11 @@ std::string told_by_properties(CMessage& message) {
   for (const auto encoding : {codecs::AttachmentEncoding::base64, codecs::AttachmentEncoding::quoted_printable}) {
     text += told([&] { return message.DecodedText(encoding); });
   }
-  text += told([&] { return message.Attachments()->Count(); });
+  return text;
+}
+
+std::string told_by_attachments(CMessage& message) {
+  std::string text = told([&] { return message.Attachments()->Count(); });
   try {
     const auto attachments = message.Attachments();
     for (std::int64_t i = 0; i < attachments->Count(); ++i) {
@@ -88,5 +92,7 @@ std::string told_by_properties(CMessage& message) {
   }
   return text;
 }
+
+std::string told_by_properties(CMessage& message) { return told_by_texts(message) + told_by_attachments(message); }
 
 }  // namespace vellobar::fuzz

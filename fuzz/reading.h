@@ -13,7 +13,13 @@ namespace vellobar::fuzz {
 /// The tree of parts with positions, headers and texts.
 std::string told_by_tree(CMessage& message);
 
-/// Named headers, decoded texts and attachments.
+/// Named headers and decoded texts.
+std::string told_by_texts(CMessage& message);
+
+/// Attachments, which are searched for once.
+std::string told_by_attachments(CMessage& message);
+
+/// All of that.
 std::string told_by_properties(CMessage& message);
 
 }  // namespace vellobar::fuzz

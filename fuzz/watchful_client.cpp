@@ -22,6 +22,8 @@
 
 namespace vellobar::fuzz {
 
+namespace fs = std::filesystem;
+
 namespace {
 
 constexpr std::string_view kMailbox = "box/test.mbox";
@@ -37,6 +39,22 @@ constexpr std::u16string_view kValues[] = {u"",
                                            u"multipart/mixed; boundary=\"level10\""};
 
 std::string in_scratch(std::string_view name) { return scratch_folder().path(name); }
+
+/// While it lives a folder is not where it belongs.
+class WithoutFolder {
+ public:
+  explicit WithoutFolder(std::string path) : path_(std::move(path)) { fs::rename(path_, path_ + "_away"); }
+  ~WithoutFolder() { fs::rename(path_ + "_away", path_); }
+  WithoutFolder(const WithoutFolder&) = delete;
+  WithoutFolder& operator=(const WithoutFolder&) = delete;
+
+ private:
+  std::string path_;
+};
+
+std::string told_by_tag(CMessage& message) {
+  return message.Tag().has_value() ? std::to_string(std::any_cast<int>(message.Tag())) : "none";
+}
 
 /// Decoded, a boundary that holds an address of memory cannot be told from other text.
 bool has_made_boundary(std::string_view bytes) { return bytes.find("----=_NextPart_") != bytes.npos; }
@@ -55,7 +73,8 @@ std::string shown(std::int64_t number) { return std::to_string(number); }
 
 }  // namespace
 
-WatchfulClient::WatchfulClient(std::string_view content) : content_(content), temporary_(in_scratch("temporary/")) {
+WatchfulClient::WatchfulClient(std::string_view content, bool reads_attachments)
+    : content_(content), reads_attachments_(reads_attachments), temporary_(in_scratch("temporary/")) {
   for (const char* folder : {"box", "temporary", "files"}) make_empty_scratch_folder(folder);
   tests::write_file(in_scratch(kMailbox), content_);
   tests::write_file(in_scratch(kOther), "From other\nSubject: other\n\ntext of the other\n");
@@ -114,10 +133,11 @@ void WatchfulClient::note_file(const CVellobar& control) {
 
 void WatchfulClient::note_message(CMessage& message) {
   note("tree", [&] { return told_by_tree(message); });
-  note("properties", [&] { return has_made_boundary(message) ? "not alike" : told_by_properties(message); });
+  note("texts", [&] { return has_made_boundary(message) ? "not alike" : told_by_texts(message); });
+  if (reads_attachments_) note("attachments", [&] { return told_by_attachments(message); });
   note("index", [&] { return shown(message.Index()); });
   note("changed", [&] { return shown(std::int64_t{message.Changed()}); });
-  note("tag", [&] { return message.Tag().has_value() ? std::to_string(std::any_cast<int>(message.Tag())) : "none"; });
+  note("tag", [&] { return told_by_tag(message); });
 }
 
 void WatchfulClient::note_attachment(const CAttachment& attachment) {
@@ -178,9 +198,30 @@ WatchfulClient::Message WatchfulClient::message(Choices& choices) {
   return chosen;
 }
 
-WatchfulClient::Message WatchfulClient::loaded_message(Choices& choices) {
+void WatchfulClient::find_attachments_above(CMessage* message) const {
+  while (reads_attachments_ && message != nullptr) {
+    message->Attachments()->Count();
+    const CMessages* const collection = message->collection();
+    message = collection != nullptr ? collection->parent() : nullptr;
+  }
+}
+
+WatchfulClient::Message WatchfulClient::message_to_change(Choices& choices) {
   Message chosen = message(choices);
-  chosen->Load();
+  find_attachments_above(chosen.get());
+  return chosen;
+}
+
+std::shared_ptr<CMessages> WatchfulClient::parts_to_change(Choices& choices) {
+  std::shared_ptr<CMessages> chosen = parts(choices);
+  find_attachments_above(chosen->parent());
+  return chosen;
+}
+
+WatchfulClient::Message WatchfulClient::loaded_message(Choices& choices) {
+  Message chosen = message_to_change(choices);
+  const bool is_part = chosen->collection() == nullptr || chosen->collection()->parent() != nullptr;
+  if (is_part || choices.flip()) chosen->Load();
   return chosen;
 }
 
@@ -270,6 +311,7 @@ const std::vector<WatchfulClient::Step>& WatchfulClient::steps() {
 void WatchfulClient::glance(Choices& choices) {
   const Message chosen = message(choices);
   note("which", [&] { return messages_.place_of(chosen); });
+  note("tag", [&] { return told_by_tag(*chosen); });
   switch (choices.below(10)) {
     case 0:
       return note("subject", [&] { return shown(chosen->Subject()); });
@@ -282,6 +324,7 @@ void WatchfulClient::glance(Choices& choices) {
     case 4:
       return note("parts", [&] { return shown(chosen->Parts()->Count()); });
     case 5:
+      if (!reads_attachments_) return;
       return note("attachments", [&] { return shown(chosen->Attachments()->Count()); });
     case 6:
       return note("plain text", [&] { return shown(chosen->PlainText()); });
@@ -345,19 +388,22 @@ void WatchfulClient::hold_header(Choices& choices) {
 }
 
 void WatchfulClient::hold_attachments(Choices& choices) {
+  if (!reads_attachments_) return;
   const auto attachments = message(choices)->Attachments();
   note("which", [&] { return attachments_.place_of(attachments); });
   attachments_.hold(attachments);
 }
 
 void WatchfulClient::hold_attachment(Choices& choices) {
+  if (!reads_attachments_) return;
   const auto chosen = attachment(choices);
   note("which", [&] { return single_attachments_.place_of(chosen); });
   single_attachments_.hold(chosen);
 }
 
 void WatchfulClient::begin_walk(Choices& choices) {
-  walks_.hold(std::make_shared<Walk>(Walk{(choices.flip() ? control_.Messages() : parts(choices))->snapshot(), 0}));
+  const std::shared_ptr<CMessages> collection = choices.flip() ? control_.Messages() : parts(choices);
+  walks_.hold(std::make_shared<Walk>(Walk{collection, collection->snapshot(), 0}));
 }
 
 void WatchfulClient::walk_on(Choices& choices) {
@@ -425,12 +471,16 @@ void WatchfulClient::put_named_header(Choices& choices) {
 }
 
 void WatchfulClient::put_text(Choices& choices) {
-  const Message chosen = message(choices);
-  chosen->SetText(piece(choices));
+  const Message chosen = message_to_change(choices);
+  const std::u16string text = piece(choices);
+  if (choices.below(4) != 3) return chosen->SetText(text);
+  // A text that no file can be made for stays in memory.
+  const WithoutFolder without(in_scratch("temporary"));
+  chosen->SetText(text);
 }
 
 void WatchfulClient::put_body(Choices& choices) {
-  const Message chosen = message(choices);
+  const Message chosen = message_to_change(choices);
   chosen->SetBody(piece(choices));
 }
 
@@ -457,49 +507,50 @@ void WatchfulClient::add_object(Choices& choices) {
 
 void WatchfulClient::remove_message(Choices& choices) {
   const Message chosen = top(choices);
-  control_.Messages()->Remove(*chosen);
+  if (control_.Messages()->Count() > 1) control_.Messages()->Remove(*chosen);
 }
 
 void WatchfulClient::add_part(Choices& choices) {
-  const auto chosen = parts(choices);
+  const auto chosen = parts_to_change(choices);
   const Message added = choices.flip() ? chosen->Add() : chosen->Add(piece_in_file(choices));
   if (choices.flip()) messages_.hold(added);
 }
 
 void WatchfulClient::add_part_object(Choices& choices) {
   constexpr std::size_t kMostInTree = 150;
-  const Message chosen = message(choices);
-  const Message added = message(choices);
+  const Message chosen = message_to_change(choices);
+  const Message added = message_to_change(choices);
   if (tree_size(*chosen, kMostInTree) + tree_size(*added, kMostInTree) < kMostInTree) chosen->Parts()->Add(added);
 }
 
 void WatchfulClient::remove_part(Choices& choices) {
-  const auto chosen = parts(choices);
+  const auto chosen = parts_to_change(choices);
   if (choices.flip() && !messages_.all().empty()) return chosen->Remove(*messages_.any(choices));
   chosen->Remove(*chosen->Item(static_cast<std::int64_t>(choices.below(3))));
 }
 
 void WatchfulClient::remove_all(Choices& choices) {
-  switch (choices.below(8)) {
-    case 0:
+  switch (choices.below(32)) {
+    case 31:
       return control_.Messages()->RemoveAll();
     case 1:
       return headers(choices)->RemoveAll();
     case 2:
-      return parts(choices)->RemoveAll();
+      return parts_to_change(choices)->RemoveAll();
     default:
       return;
   }
 }
 
 void WatchfulClient::attach(Choices& choices) {
-  const Message chosen = message(choices);
+  const Message chosen = message_to_change(choices);
   const std::u16string file = piece_in_file(choices);
   const Message added = chosen->Attachments()->Add(file, static_cast<int>(choices.below(6)));
   if (choices.flip()) messages_.hold(added);
 }
 
 void WatchfulClient::change_attachment(Choices& choices) {
+  if (!reads_attachments_) return;
   const auto chosen = attachment(choices);
   switch (choices.below(3)) {
     case 0:
@@ -512,6 +563,7 @@ void WatchfulClient::change_attachment(Choices& choices) {
 }
 
 void WatchfulClient::save_attachment(Choices& choices) {
+  if (!reads_attachments_) return;
   const auto chosen = attachment(choices);
   note_attachment(*chosen);
   const std::string path = in_scratch("files/attachment");
@@ -520,17 +572,18 @@ void WatchfulClient::save_attachment(Choices& choices) {
 }
 
 void WatchfulClient::scan_text(Choices& choices) {
-  const auto chosen = message(choices)->Attachments();
+  if (!reads_attachments_) return;
+  const auto chosen = message_to_change(choices)->Attachments();
   note("before", [&] { return shown(std::int64_t{chosen->ScanText()}); });
   chosen->SetScanText(choices.flip());
 }
 
 void WatchfulClient::load(Choices& choices) { message(choices)->Load(); }
 
-void WatchfulClient::unload(Choices& choices) { message(choices)->Unload(); }
+void WatchfulClient::unload(Choices& choices) { message_to_change(choices)->Unload(); }
 
 void WatchfulClient::peek(Choices& choices) {
-  const Message chosen = message(choices);
+  const Message chosen = message_to_change(choices);
   chosen->Peek(piece_in_file(choices));
 }
 
@@ -563,6 +616,7 @@ void WatchfulClient::let_go_before_closing() {
   const Reachable reachable(*this);
   messages_.let_go_if([&](CMessage& message) { return !reachable.has(message); });
   collections_.let_go_if([&](CMessages& parts) { return !reachable.has(parts); });
+  walks_.let_go_if([&](Walk& walk) { return walk.of.lock() != control_.Messages(); });
 }
 
 void WatchfulClient::save(Choices& choices) {

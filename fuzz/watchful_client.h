@@ -71,7 +71,7 @@ class HeldObjects {
 
 class WatchfulClient {
  public:
-  explicit WatchfulClient(std::string_view content);
+  WatchfulClient(std::string_view content, bool reads_attachments);
   ~WatchfulClient();
   WatchfulClient(const WatchfulClient&) = delete;
   WatchfulClient& operator=(const WatchfulClient&) = delete;
@@ -138,6 +138,11 @@ class WatchfulClient {
   /// A message of one of the mailboxes, one that is held, or a part below any of these, however deep.
   Message message(Choices& choices);
   Message top(Choices& choices);
+  /// The same for a change. Attachments are found once and stay so whatever changes; those of a message that was let go
+  /// would be found anew, so a client that reads attachments finds all of them before the change.
+  Message message_to_change(Choices& choices);
+  std::shared_ptr<CMessages> parts_to_change(Choices& choices);
+  void find_attachments_above(CMessage* message) const;
   /// The same, read by now: some rules ask deliberately whether a message was read, and a part that was let go together
   /// with its message counts as read when another one was.
   Message loaded_message(Choices& choices);
@@ -160,6 +165,7 @@ class WatchfulClient {
   void note_file(const CVellobar& control);
 
   std::string content_;
+  bool reads_attachments_;
   platform::FixedTemporaryFolder temporary_;
   std::size_t files_ = 0;
   std::uint32_t ticks_ = 0;
@@ -173,6 +179,7 @@ class WatchfulClient {
   HeldObjects<CAttachment> single_attachments_;
   /// A walk over a collection, and how far it came.
   struct Walk {
+    std::weak_ptr<CMessages> of;
     std::shared_ptr<mailbox::MessageSnapshot> items;
     std::size_t next = 0;
   };
