@@ -220,8 +220,7 @@ std::shared_ptr<CMessages> WatchfulClient::parts_to_change(Choices& choices) {
 
 WatchfulClient::Message WatchfulClient::loaded_message(Choices& choices) {
   Message chosen = message_to_change(choices);
-  const bool is_part = chosen->collection() == nullptr || chosen->collection()->parent() != nullptr;
-  if (is_part || choices.flip()) chosen->Load();
+  chosen->Load();
   return chosen;
 }
 
@@ -486,7 +485,7 @@ void WatchfulClient::put_body(Choices& choices) {
 
 void WatchfulClient::put_mail_info(Choices& choices) {
   static constexpr std::u16string_view kLines[] = {u"From new", u"From other", u"", u"from nobody"};
-  const Message chosen = message(choices);
+  const Message chosen = loaded_message(choices);
   chosen->SetMailInfo(choices.among(kLines));
 }
 

@@ -142,8 +142,9 @@ class WatchfulClient {
   Message message_to_change(Choices& choices);
   std::shared_ptr<CMessages> parts_to_change(Choices& choices);
   void find_attachments_above(CMessage* message) const;
-  /// The same, read by now: some rules ask deliberately whether a message was read, and a part that was let go together
-  /// with its message counts as read when another one was.
+  /// The same, read by now. A boundary in a header decides about parts when the text is read, deliberately, and that of
+  /// a message that was let go is read again, after which it counts as unchanged; a part that was let go together with
+  /// its message counts as read when another one was.
   Message loaded_message(Choices& choices);
   std::shared_ptr<CHeaders> headers(Choices& choices);
   std::shared_ptr<CMessages> parts(Choices& choices);
