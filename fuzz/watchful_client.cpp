@@ -107,13 +107,18 @@ void WatchfulClient::step(Choices& choices) {
     (this->*chosen.take)(choices);
     return std::string("yes");
   });
+  // Each of these may have closed a file of a message's own.
+  using Client = WatchfulClient;
+  for (const auto closes : {&Client::put_text, &Client::put_body, &Client::peek, &Client::unload}) {
+    if (chosen.take == closes) let_go_of_strays();
+  }
   seen_ += "  changed " + shown(std::int64_t{control_.Changed()}) + " count " + shown(control_.Messages()->Count()) +
            " and " + shown(std::int64_t{other_.Changed()}) + " count " + shown(other_.Messages()->Count()) + '\n';
 }
 
 void WatchfulClient::finish() {
   const platform::FixedClock clock({}, ticks_++);
-  let_go_before_closing();
+  let_go_of_strays();
   for (CVellobar* control : {&control_, &other_}) {
     note("updated", [&] {
       control->Update();
@@ -596,7 +601,7 @@ bool WatchfulClient::is_in_mailbox(const CMessage& message) const {
   return collection != nullptr && collection->position_of(message) >= 0 && is_in_mailbox(*collection);
 }
 
-void WatchfulClient::let_go_before_closing() {
+void WatchfulClient::let_go_of_strays() {
   messages_.let_go_if([&](CMessage& message) { return !is_in_mailbox(message); });
   collections_.let_go_if([&](CMessages& parts) { return !is_in_mailbox(parts); });
   walks_.let_go_if([&](Walk& walk) { return walk.of.lock() != control_.Messages(); });
@@ -614,13 +619,13 @@ void WatchfulClient::deliver(Choices&) {
 }
 
 void WatchfulClient::update(Choices&) {
-  let_go_before_closing();
+  let_go_of_strays();
   control_.Update();
   note_file(control_);
 }
 
 void WatchfulClient::update_other(Choices&) {
-  let_go_before_closing();
+  let_go_of_strays();
   other_.Update();
   note_file(other_);
 }

@@ -152,9 +152,9 @@ class WatchfulClient {
   std::u16string piece(Choices& choices) const;
   std::u16string piece_in_file(Choices& choices);
 
-  /// What a closed file held is there as far as it was read and kept, unless an update reads it whole. So no objects
-  /// are held on to that are in no mailbox any longer.
-  void let_go_before_closing();
+  /// What a closed file held is there as far as it was read and kept, unless an update reads it whole. So objects that
+  /// are in no mailbox any longer are held on to only as long as no file is closed.
+  void let_go_of_strays();
   bool is_in_mailbox(const CMessage& message) const;
   bool is_in_mailbox(const CMessages& parts) const;
 
