@@ -64,6 +64,8 @@ class CAttachments {
   std::shared_ptr<CMessage> add_as(std::u16string_view name, std::u16string_view filename, int encoding);
   /// Called by the message when it lets this collection go.
   void forget_message() { message_ = nullptr; }
+  /// True when somebody asked for them.
+  bool were_found() const noexcept { return is_scanned_; }
   /// True when another collection would find the same, and nobody holds or changed anything of this one.
   bool can_be_found_again() const noexcept;
 

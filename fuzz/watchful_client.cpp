@@ -107,13 +107,18 @@ void WatchfulClient::step(Choices& choices) {
     (this->*chosen.take)(choices);
     return std::string("yes");
   });
+  // Each of these may have closed a file of a message's own.
+  using Client = WatchfulClient;
+  for (const auto closes : {&Client::put_text, &Client::put_body, &Client::peek, &Client::unload}) {
+    if (chosen.take == closes) let_go_of_strays();
+  }
   seen_ += "  changed " + shown(std::int64_t{control_.Changed()}) + " count " + shown(control_.Messages()->Count()) +
            " and " + shown(std::int64_t{other_.Changed()}) + " count " + shown(other_.Messages()->Count()) + '\n';
 }
 
 void WatchfulClient::finish() {
   const platform::FixedClock clock({}, ticks_++);
-  let_go_before_closing();
+  let_go_of_strays();
   for (CVellobar* control : {&control_, &other_}) {
     note("updated", [&] {
       control->Update();
@@ -198,8 +203,37 @@ WatchfulClient::Message WatchfulClient::message(Choices& choices) {
   return chosen;
 }
 
+/// Everything that can be reached from the mailboxes. It is held for the while, so that no address is used again.
+class WatchfulClient::Reachable {
+ public:
+  explicit Reachable(const WatchfulClient& client) {
+    for (const auto& messages : {client.control_.Messages(), client.other_.Messages()}) collections_.push_back(messages);
+    for (std::size_t i = 0; i < collections_.size(); ++i) {
+      for (const Message& part : std::shared_ptr(collections_[i])) {
+        messages_.push_back(part);
+        collections_.push_back(part->Parts());
+      }
+    }
+  }
+  bool has(const CMessage& message) const { return has(messages_, message); }
+  bool has(const CMessages& parts) const { return has(collections_, parts); }
+  const std::vector<Message>& messages() const { return messages_; }
+
+ private:
+  template <typename Object>
+  static bool has(const std::vector<std::shared_ptr<Object>>& all, const Object& wanted) {
+    return std::ranges::find(all, &wanted, [](const auto& object) { return object.get(); }) != all.end();
+  }
+
+  std::vector<Message> messages_;
+  std::vector<std::shared_ptr<CMessages>> collections_;
+};
+
 void WatchfulClient::find_attachments_above(CMessage* message) const {
-  while (reads_attachments_ && message != nullptr) {
+  if (!reads_attachments_) return;
+  // What is between a mailbox and the message may have been let go; what is in no mailbox has its way up.
+  for (const Message& reachable : Reachable(*this).messages()) reachable->Attachments()->Count();
+  while (message != nullptr) {
     message->Attachments()->Count();
     const CMessages* const collection = message->collection();
     message = collection != nullptr ? collection->parent() : nullptr;
@@ -220,8 +254,7 @@ std::shared_ptr<CMessages> WatchfulClient::parts_to_change(Choices& choices) {
 
 WatchfulClient::Message WatchfulClient::loaded_message(Choices& choices) {
   Message chosen = message_to_change(choices);
-  const bool is_part = chosen->collection() == nullptr || chosen->collection()->parent() != nullptr;
-  if (is_part || choices.flip()) chosen->Load();
+  chosen->Load();
   return chosen;
 }
 
@@ -486,7 +519,7 @@ void WatchfulClient::put_body(Choices& choices) {
 
 void WatchfulClient::put_mail_info(Choices& choices) {
   static constexpr std::u16string_view kLines[] = {u"From new", u"From other", u"", u"from nobody"};
-  const Message chosen = message(choices);
+  const Message chosen = loaded_message(choices);
   chosen->SetMailInfo(choices.among(kLines));
 }
 
@@ -587,32 +620,7 @@ void WatchfulClient::peek(Choices& choices) {
   chosen->Peek(piece_in_file(choices));
 }
 
-/// Everything that can be reached from the mailboxes. It is held for the while, so that no address is used again.
-class WatchfulClient::Reachable {
- public:
-  explicit Reachable(const WatchfulClient& client) {
-    for (const auto& messages : {client.control_.Messages(), client.other_.Messages()}) collections_.push_back(messages);
-    for (std::size_t i = 0; i < collections_.size(); ++i) {
-      for (const Message& part : std::shared_ptr(collections_[i])) {
-        messages_.push_back(part);
-        collections_.push_back(part->Parts());
-      }
-    }
-  }
-  bool has(const CMessage& message) const { return has(messages_, message); }
-  bool has(const CMessages& parts) const { return has(collections_, parts); }
-
- private:
-  template <typename Object>
-  static bool has(const std::vector<std::shared_ptr<Object>>& all, const Object& wanted) {
-    return std::ranges::find(all, &wanted, [](const auto& object) { return object.get(); }) != all.end();
-  }
-
-  std::vector<Message> messages_;
-  std::vector<std::shared_ptr<CMessages>> collections_;
-};
-
-void WatchfulClient::let_go_before_closing() {
+void WatchfulClient::let_go_of_strays() {
   const Reachable reachable(*this);
   messages_.let_go_if([&](CMessage& message) { return !reachable.has(message); });
   collections_.let_go_if([&](CMessages& parts) { return !reachable.has(parts); });
@@ -631,13 +639,13 @@ void WatchfulClient::deliver(Choices&) {
 }
 
 void WatchfulClient::update(Choices&) {
-  let_go_before_closing();
+  let_go_of_strays();
   control_.Update();
   note_file(control_);
 }
 
 void WatchfulClient::update_other(Choices&) {
-  let_go_before_closing();
+  let_go_of_strays();
   other_.Update();
   note_file(other_);
 }

@@ -143,8 +143,9 @@ class WatchfulClient {
   Message message_to_change(Choices& choices);
   std::shared_ptr<CMessages> parts_to_change(Choices& choices);
   void find_attachments_above(CMessage* message) const;
-  /// The same, read by now: some rules ask deliberately whether a message was read, and a part that was let go together
-  /// with its message counts as read when another one was.
+  /// The same, read by now. A boundary in a header decides about parts when the text is read, deliberately, and that of
+  /// a message that was let go is read again, after which it counts as unchanged; a part that was let go together with
+  /// its message counts as read when another one was.
   Message loaded_message(Choices& choices);
   std::shared_ptr<CHeaders> headers(Choices& choices);
   std::shared_ptr<CMessages> parts(Choices& choices);
@@ -152,9 +153,9 @@ class WatchfulClient {
   std::u16string piece(Choices& choices) const;
   std::u16string piece_in_file(Choices& choices);
 
-  /// What a closed file held is there as far as it was read and kept, unless an update reads it whole. So no objects
-  /// are held on to that are in no mailbox any longer.
-  void let_go_before_closing();
+  /// What a closed file held is there as far as it was read and kept, unless an update reads it whole. So objects that
+  /// are in no mailbox any longer are held on to only as long as no file is closed.
+  void let_go_of_strays();
 
   /// Writes down what the call returns or the error it throws.
   template <typename Call>

@@ -129,6 +129,8 @@ bool CMessage::reads_the_same_again(std::size_t& patience) const noexcept {
 bool CMessage::detach_parts() noexcept {
   const std::shared_ptr<mailbox::PartTree> tree = tree_.lock();
   if (!tree || !is_as_found() || is_unloaded() || has_attachment_ || !parts_ || parts_.use_count() > 1) return false;
+  // Attachments are found once, whatever becomes of the parts.
+  if (attachments_ && attachments_->were_found()) return false;
   // What was split otherwise would be split otherwise again.
   if (parts_->tree() != tree || tree->outline().find(start_, body_offset_) == nullptr) return false;
   try {
