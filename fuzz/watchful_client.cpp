@@ -232,7 +232,8 @@ class WatchfulClient::Reachable {
 void WatchfulClient::find_attachments_above(CMessage* message) const {
   if (!reads_attachments_) return;
   // What is between a mailbox and the message may have been let go; what is in no mailbox has its way up.
-  for (const Message& reachable : Reachable(*this).messages()) reachable->Attachments()->Count();
+  const Reachable reachable(*this);
+  for (const Message& each : reachable.messages()) each->Attachments()->Count();
   while (message != nullptr) {
     message->Attachments()->Count();
     const CMessages* const collection = message->collection();
