@@ -65,6 +65,7 @@ std::string_view cut_line(std::string_view line) {
 namespace vellobar {
 
 std::shared_ptr<CHeaders> CMessage::Headers() {
+  read_again();
   if (load_headers() == nullptr) throw Error(ErrorNumber::cannot_load_headers, Reporter::message);
   return headers_;
 }

@@ -23,6 +23,7 @@ std::u16string CMessage::header_text(std::string_view name) {
 }
 
 void CMessage::set_header_value(std::string_view name, std::u16string_view value) {
+  read_again();
   // Deliberate: a header block read only for this write is not searched; see
   // setting_a_property_before_anything_was_read_appends_a_second_header.
   const bool searches = loaded_headers() != nullptr || headers_were_read_;

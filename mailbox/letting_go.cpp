@@ -168,6 +168,13 @@ void CMessage::bear(const mailbox::Traces& traces) noexcept {
   scans_text_ = traces.scans_text;
 }
 
+void CMessage::read_again() {
+  if (is_unloaded()) return;
+  if (headers_were_read_) load_headers();
+  // The parts are those of the boundary that the headers named then.
+  if (body_was_read_) load_body();
+}
+
 bool CMessage::scans_text() const { return attachments_ ? attachments_->ScanText() : scans_text_; }
 
 bool CMessages::has_traces() const {

@@ -59,6 +59,8 @@ std::u16string CMessage::MailInfo() {
 }
 
 void CMessage::SetMailInfo(std::u16string_view mail_info) {
+  // Reading later would make the message unchanged.
+  read_again();
   store_mail_info(std::u16string(mail_info));
   changed_ = true;
   mark_changed(owner_);
@@ -103,6 +105,8 @@ void CMessage::Load() {
 }
 
 void CMessage::Unload() {
+  // The boundary stays known.
+  PartsBoundary();
   drop_content();
   body_offset_ = 0;
   mail_info_.clear();
@@ -121,7 +125,7 @@ void CMessage::drop_content() {
   }
   drop_body();
   headers_.reset();
-  headers_were_read_ = parts_were_read_ = scans_text_ = false;
+  headers_were_read_ = body_was_read_ = parts_were_read_ = scans_text_ = false;
 }
 
 void CMessage::drop_body() {
@@ -146,7 +150,7 @@ void CMessage::drop_headers_that_run_on(Held before) {
 }
 
 void CMessage::drop_unchanged_headers() noexcept {
-  if (!headers_ || headers_.use_count() > 1 || headers_->is_changed()) return;
+  if (stays_whole_ || !headers_ || headers_.use_count() > 1 || headers_->is_changed()) return;
   headers_.reset();
   headers_were_read_ = true;
 }
@@ -194,6 +198,7 @@ std::u16string CMessage::Body() {
   };
   load_body();
   if (!body_) throw Error(ErrorNumber::cannot_load_text, Reporter::message);
+  load_headers();
   Joiner joiner;
   // About what it will be, because a long text that grows is there twice. Line ends may be longer than they were.
   const std::int64_t in_file = file_ ? std::clamp<std::int64_t>(Size(), 0, file_->size()) : 0;

@@ -291,6 +291,8 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   static constexpr std::size_t kAttachmentFile = 2;
 
   void load_body();
+  /// For what is about to change: reads again what was read before the message was let go.
+  void read_again();
   void split_parts(std::int64_t from);
   void split_level(std::int64_t from);
   bool load_from_outline(std::string_view delimiter);

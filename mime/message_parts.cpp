@@ -136,7 +136,6 @@ void CMessage::ensure_parts() {
 const std::u16string& CMessage::PartsBoundary() {
   if (body_was_read_ && !body_ && load_headers() != nullptr) {
     parts_boundary_ = platform::widen(platform::kThreadCodePage, mime::delimiter_of(*headers_));
-    body_was_read_ = false;
   }
   return parts_boundary_;
 }
