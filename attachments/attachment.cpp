@@ -7,6 +7,7 @@
 #include "attachments/safe_name.h"
 #include "codecs/attachment_encoding.h"
 #include "errors/error.h"
+#include "mailbox/messages.h"
 #include "mailbox/vellobar.h"
 #include "platform/code_page.h"
 #include "platform/file.h"
@@ -49,7 +50,7 @@ class OpenSource {
 
 CAttachment::CAttachment() = default;
 
-CAttachment::CAttachment(OwnerLink owner, std::weak_ptr<CMessage> part, CodedRange range, int encoding)
+CAttachment::CAttachment(OwnerLink owner, HoldingPart part, CodedRange range, int encoding)
     : owner_(std::move(owner)), part_(std::move(part)), range_(std::move(range)), encoding_(encoding) {}
 
 void CAttachment::describe(std::u16string name, std::u16string type) {
@@ -76,6 +77,11 @@ void CAttachment::SetType(std::u16string_view type) {
 void CAttachment::SetEncoding(int encoding) {
   encoding_ = encoding;
   is_changed_ = true;
+}
+
+std::shared_ptr<CMessage> CAttachment::Part() const {
+  if (const std::shared_ptr<CMessages> parts = part_.parts.lock()) return parts->found_at(part_.start);
+  return part_.object.lock();
 }
 
 std::int64_t CAttachment::Size() const {

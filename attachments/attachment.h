@@ -14,6 +14,7 @@
 namespace vellobar {
 
 class CMessage;
+class CMessages;
 
 namespace platform {
 class ByteSink;
@@ -28,11 +29,18 @@ struct CodedRange {
   std::string reopened_from = {};  ///< the path of a file that is open only while it is decoded
 };
 
+/// What holds an attachment: a message or part, or the place of a part that need not be an object.
+struct HoldingPart {
+  std::weak_ptr<CMessage> object = {};
+  std::weak_ptr<CMessages> parts = {};
+  std::int64_t start = 0;  ///< in the file of those parts
+};
+
 class CAttachment {
  public:
   /// An attachment that stands alone, of nothing.
   CAttachment();
-  CAttachment(OwnerLink owner, std::weak_ptr<CMessage> part, CodedRange range, int encoding);
+  CAttachment(OwnerLink owner, HoldingPart part, CodedRange range, int encoding);
   CAttachment(const CAttachment&) = delete;
   CAttachment& operator=(const CAttachment&) = delete;
 
@@ -54,7 +62,7 @@ class CAttachment {
   void Save(std::u16string_view filename);
 
   /// The message or part that holds the attachment; null when it is gone.
-  std::shared_ptr<CMessage> Part() const { return part_.lock(); }
+  std::shared_ptr<CMessage> Part() const;
 
   /// The size of the coded bytes; for Base64, BinHex and UUencode three quarters of it, an estimate of the decoded
   /// size.
@@ -77,7 +85,7 @@ class CAttachment {
   bool is_source_or_mailbox(const std::string& path) const;
 
   OwnerLink owner_;
-  std::weak_ptr<CMessage> part_;
+  HoldingPart part_;
   CodedRange range_;
   int encoding_ = 0;
   std::u16string name_;

@@ -19,6 +19,7 @@
 #include "mailbox/message.h"
 #include "mailbox/messages.h"
 #include "platform/code_page.h"
+#include "platform/file.h"
 
 namespace vellobar {
 
@@ -32,17 +33,15 @@ std::optional<std::string> first_value(const CHeaders& headers, std::string_view
   return headers.narrow_value(position);
 }
 
-/// `text` is read for what the attachment says of itself; `part` is what holds it, or null.
-std::shared_ptr<CAttachment> make_attachment(const OwnerLink& owner, CMessage& text, CMessage* part, int encoding) {
-  const auto attachment =
-      std::make_shared<CAttachment>(owner, part != nullptr ? part->weak_from_this() : std::weak_ptr<CMessage>(),
-                                    CodedRange{text.file(), text.body_offset(), text.EndPosition()}, encoding);
+/// `text` is read for what the attachment says of itself.
+std::shared_ptr<CAttachment> make_attachment(const OwnerLink& owner, CMessage& text, HoldingPart part, int encoding) {
+  auto attachment = std::make_shared<CAttachment>(
+      owner, std::move(part), CodedRange{text.file(), text.body_offset(), text.EndPosition()}, encoding);
   if (const CHeaders* const headers = text.loaded_headers()) {
     attachments::Description description =
         attachments::describe(first_value(*headers, "content-type"), first_value(*headers, "content-disposition"));
     attachment->describe(std::move(description.name), std::move(description.type));
   }
-  if (part != nullptr) part->note_attachment();
   return attachment;
 }
 
@@ -116,17 +115,38 @@ std::int64_t CAttachments::Count() {
 std::shared_ptr<CAttachment> CAttachments::Item(std::int64_t index) {
   const std::int64_t count = Count();
   if (index < 0 || index >= count) throw Error(Status::invalid_argument);
-  Found& found = items_[static_cast<std::size_t>(index)];
-  if (!found.object) found.object = made(found);
-  return found.object;
+  return object_at(static_cast<std::size_t>(index));
+}
+
+std::shared_ptr<mailbox::Snapshot<CAttachments, CAttachment>> CAttachments::snapshot() {
+  return std::make_shared<mailbox::Snapshot<CAttachments, CAttachment>>(shared_from_this());
+}
+
+std::shared_ptr<CAttachment> CAttachments::object_at(std::size_t position) {
+  Found& found = items_[position];
+  if (found.object) return found.object;
+  std::shared_ptr<CAttachment> object = made(found);
+  if (made_later_.size() >= most_made_later_) let_go_of_made();
+  made_later_.push_back(position);
+  return found.object = std::move(object);
 }
 
 std::shared_ptr<CAttachment> CAttachments::made(const Found& found) const {
   CMessage in_file(owner_, nullptr, file_, found.part.extent());
   in_file.load_headers();
-  const std::shared_ptr<CMessages> parts = parts_[found.parts].lock();
-  const std::shared_ptr<CMessage> part = parts ? parts->found_at(found.part.start()) : nullptr;
-  return make_attachment(owner_, in_file, part.get(), found.encoding);
+  return make_attachment(owner_, in_file, {{}, parts_[found.parts], found.part.start()}, found.encoding);
+}
+
+void CAttachments::let_go_of_made() {
+  // What is read from a closed file can never be read again.
+  const bool can_be_made_again = file_->is_open();
+  std::erase_if(made_later_, [&](std::size_t position) {
+    std::shared_ptr<CAttachment>& object = items_[position].object;
+    if (!can_be_made_again || object.use_count() > 1 || object->is_changed()) return false;
+    object.reset();
+    return true;
+  });
+  most_made_later_ = std::max(kMostMadeAtOnce, made_later_.size() * 2);
 }
 
 void CAttachments::find_attachments() {
@@ -178,7 +198,8 @@ void CAttachments::find_in_parts(CMessage& message) {
 
 void CAttachments::list(CMessage& part, int encoding, const std::shared_ptr<CMessages>& parts) {
   if (!parts || items_.size() < kMostMadeAtOnce || !reads_as_listed(part)) {
-    items_.push_back({make_attachment(owner_, part, &part, encoding), {}, 0, 0});
+    items_.push_back({make_attachment(owner_, part, {part.weak_from_this()}, encoding), {}, 0, 0});
+    part.note_attachment();
     return;
   }
   file_ = part.file();
@@ -209,7 +230,7 @@ void CAttachments::find_in_text(CMessage& message) {
   attachments::UuBlocks blocks(text);
   while (std::optional<attachments::UuBlock> block = blocks.next()) {
     // Listed before its file is made, which then belongs to it whatever happens.
-    const auto attachment = std::make_shared<CAttachment>(owner_, message.weak_from_this(), CodedRange{},
+    const auto attachment = std::make_shared<CAttachment>(owner_, HoldingPart{message.weak_from_this()}, CodedRange{},
                                                           static_cast<int>(codecs::AttachmentEncoding::uuencode));
     attachment->describe(platform::process_text(block->name), {});
     items_.push_back({attachment, {}, 0, 0});

@@ -16,6 +16,7 @@
 #include "mailbox/item_iterator.h"
 #include "mailbox/made_on_use.h"
 #include "mailbox/owner.h"
+#include "mailbox/snapshot.h"
 
 namespace vellobar {
 
@@ -27,7 +28,7 @@ namespace platform {
 class File;
 }
 
-class CAttachments {
+class CAttachments : public std::enable_shared_from_this<CAttachments> {
  public:
   /// A collection that stands alone, without a message.
   CAttachments();
@@ -55,6 +56,11 @@ class CAttachments {
 
   // For the component's own use.
 
+  /// The attachments, searching first like Count. What was found stays, also when the message lets the collection go.
+  std::shared_ptr<mailbox::Snapshot<CAttachments, CAttachment>> snapshot();
+  /// The attachment at a position where one was found.
+  std::shared_ptr<CAttachment> object_at(std::size_t position);
+
   /// A list this long is not lengthened by attachments that it holds already; see list_again.
   static constexpr std::size_t kMostWithRepetitions = 65536;
 
@@ -68,8 +74,9 @@ class CAttachments {
   bool can_be_found_again() const noexcept;
 
  private:
-  /// An attachment as it was found. Of a few the objects are made at once, and of what reads otherwise than the file;
-  /// of the others when somebody asks for them.
+  /// An attachment as it was found. Of a few the objects are made at once, and of what reads otherwise than the file.
+  /// Those of the others are made when somebody asks for them, and go when nobody holds them any more: a walk over a
+  /// million attachments does not leave a million objects.
   struct Found {
     std::shared_ptr<CAttachment> object;
     mailbox::PackedExtent part;
@@ -84,6 +91,7 @@ class CAttachments {
   void list(CMessage& part, int encoding, const std::shared_ptr<CMessages>& parts);
   bool reads_as_listed(CMessage& part) const;
   std::shared_ptr<CAttachment> made(const Found& found) const;
+  void let_go_of_made();
   void list_again(std::size_t first, std::size_t behind);
   void find_in_text(CMessage& message);
 
@@ -97,6 +105,8 @@ class CAttachments {
   mailbox::MadeOnUse<Found> items_;
   std::shared_ptr<platform::File> file_;         ///< of the parts that are not made yet
   std::vector<std::weak_ptr<CMessages>> parts_;  ///< the collections that they are in
+  std::vector<std::size_t> made_later_;          ///< the positions of those whose objects were made when asked for
+  std::size_t most_made_later_ = kMostMadeAtOnce;
 };
 
 /// `for (const auto& attachment : message->Attachments())`: see ItemIterator.
