@@ -12,6 +12,8 @@
 #include <utility>
 #include <vector>
 
+#include "attachments/found_blocks.h"
+#include "attachments/made_attachments.h"
 #include "mailbox/extent.h"
 #include "mailbox/item_iterator.h"
 #include "mailbox/made_on_use.h"
@@ -23,6 +25,7 @@ namespace vellobar {
 class CAttachment;
 class CMessage;
 class CMessages;
+struct CodedRange;
 
 namespace platform {
 class File;
@@ -74,11 +77,9 @@ class CAttachments : public std::enable_shared_from_this<CAttachments> {
   bool can_be_found_again() const noexcept;
 
  private:
-  /// An attachment as it was found. Of a few the objects are made at once, and of what reads otherwise than the file.
-  /// Those of the others are made when somebody asks for them, and go when nobody holds them any more: a walk over a
-  /// million attachments does not leave a million objects.
+  /// A part as it was found. Of a few the objects are made at once, and of what reads otherwise than the file; of the
+  /// others when somebody asks for them.
   struct Found {
-    std::shared_ptr<CAttachment> object;
     mailbox::PackedExtent part;
     std::uint32_t parts = 0;  ///< the place in parts_ of the collection it is in
     int encoding = 0;
@@ -91,9 +92,10 @@ class CAttachments : public std::enable_shared_from_this<CAttachments> {
   void list(CMessage& part, int encoding, const std::shared_ptr<CMessages>& parts);
   bool reads_as_listed(CMessage& part) const;
   std::shared_ptr<CAttachment> made(const Found& found) const;
-  void let_go_of_made();
+  std::shared_ptr<CAttachment> made(std::u16string name, CodedRange block) const;
   void list_again(std::size_t first, std::size_t behind);
   void find_in_text(CMessage& message);
+  void list(const std::u16string& name, const CodedRange& block);
 
   OwnerLink owner_;
   CMessage* message_ = nullptr;
@@ -103,10 +105,11 @@ class CAttachments : public std::enable_shared_from_this<CAttachments> {
   bool has_blocks_ = false;  ///< some were found in text, and have files
   bool scan_text_ = false;
   mailbox::MadeOnUse<Found> items_;
+  attachments::FoundBlocks blocks_;  ///< listed behind the parts
+  attachments::MadeAttachments made_;
   std::shared_ptr<platform::File> file_;         ///< of the parts that are not made yet
   std::vector<std::weak_ptr<CMessages>> parts_;  ///< the collections that they are in
-  std::vector<std::size_t> made_later_;          ///< the positions of those whose objects were made when asked for
-  std::size_t most_made_later_ = kMostMadeAtOnce;
+  std::weak_ptr<CMessage> with_blocks_;          ///< whose text was searched
 };
 
 /// `for (const auto& attachment : message->Attachments())`: see ItemIterator.
