@@ -7,6 +7,7 @@
 #include "attachments/safe_name.h"
 #include "codecs/attachment_encoding.h"
 #include "errors/error.h"
+#include "mailbox/messages.h"
 #include "mailbox/vellobar.h"
 #include "platform/code_page.h"
 #include "platform/file.h"
@@ -26,30 +27,11 @@ bool is_coded_in_sextets(int encoding) {
          encoding == static_cast<int>(AttachmentEncoding::uuencode);
 }
 
-/// Keeps a source open that is open only while it is decoded. Throws std::system_error when it cannot be opened.
-class OpenSource {
- public:
-  explicit OpenSource(const CodedRange& range) {
-    if (range.reopened_from.empty() || range.file->is_open()) return;
-    range.file->resume(range.reopened_from);
-    if (!range.file->is_open()) throw std::system_error(std::make_error_code(std::errc::io_error), "open attachment");
-    opened_ = range.file.get();
-  }
-  ~OpenSource() {
-    if (opened_ != nullptr) opened_->suspend();
-  }
-  OpenSource(const OpenSource&) = delete;
-  OpenSource& operator=(const OpenSource&) = delete;
-
- private:
-  platform::File* opened_ = nullptr;
-};
-
 }  // namespace
 
 CAttachment::CAttachment() = default;
 
-CAttachment::CAttachment(OwnerLink owner, std::weak_ptr<CMessage> part, CodedRange range, int encoding)
+CAttachment::CAttachment(OwnerLink owner, HoldingPart part, CodedRange range, int encoding)
     : owner_(std::move(owner)), part_(std::move(part)), range_(std::move(range)), encoding_(encoding) {}
 
 void CAttachment::describe(std::u16string name, std::u16string type) {
@@ -78,6 +60,11 @@ void CAttachment::SetEncoding(int encoding) {
   is_changed_ = true;
 }
 
+std::shared_ptr<CMessage> CAttachment::Part() const {
+  if (const std::shared_ptr<CMessages> parts = part_.parts.lock()) return parts->found_at(part_.start);
+  return part_.object.lock();
+}
+
 std::int64_t CAttachment::Size() const {
   const std::int64_t coded = range_.end - range_.start;
   return is_coded_in_sextets(encoding_) ? coded / 4 * 3 : coded;
@@ -96,11 +83,14 @@ void CAttachment::save_to(std::u16string_view filename) {
   }
   const std::string path = platform::process_bytes(filename);
   try {
-    const OpenSource source(range_);
-    if (is_source_or_mailbox(path)) throw Error(ErrorNumber::cannot_access_destination, Reporter::attachment);
+    const std::shared_ptr<platform::File> source = open_source();
+    // What is read must not be emptied first, nor the mailbox that other parts are read from.
+    if ((source && source->is_same_file(path)) || is_mailbox(path)) {
+      throw Error(ErrorNumber::cannot_access_destination, Reporter::attachment);
+    }
     const std::unique_ptr<platform::OutputFile> output = platform::OutputFile::create(path);
     if (!output) throw Error(ErrorNumber::cannot_access_destination, Reporter::attachment);
-    decode_to(*output);
+    if (source) decode(*source, *output);
     output->close();
   } catch (const std::system_error&) {
     throw Error(ErrorNumber::cannot_access_destination, Reporter::attachment);
@@ -108,19 +98,27 @@ void CAttachment::save_to(std::u16string_view filename) {
 }
 
 void CAttachment::decode_to(platform::ByteSink& sink) const {
-  if (!range_.file) return;
-  const OpenSource source(range_);
-  if (encoding_ == static_cast<int>(AttachmentEncoding::seven_bit)) {
-    attachments::copy_range(*range_.file, range_.start, range_.end, sink);
-  } else {
-    codecs::decode_stream(static_cast<AttachmentEncoding>(encoding_), *range_.file, range_.start, range_.end, sink);
-  }
-  if (range_.file->failed()) throw std::system_error(std::make_error_code(std::errc::io_error), "read attachment");
+  if (const std::shared_ptr<platform::File> source = open_source()) decode(*source, sink);
 }
 
-/// What is read must not be emptied first, nor the mailbox that other parts are read from.
-bool CAttachment::is_source_or_mailbox(const std::string& path) const {
-  if (range_.file && range_.file->is_same_file(path)) return true;
+/// Null when there is none. Throws std::system_error when it cannot be opened.
+std::shared_ptr<platform::File> CAttachment::open_source() const {
+  if (range_.reopened_from.empty()) return range_.file;
+  std::shared_ptr<platform::File> file = platform::File::open(range_.reopened_from);
+  if (!file) throw std::system_error(std::make_error_code(std::errc::io_error), "open attachment");
+  return file;
+}
+
+void CAttachment::decode(platform::File& source, platform::ByteSink& sink) const {
+  if (encoding_ == static_cast<int>(AttachmentEncoding::seven_bit)) {
+    attachments::copy_range(source, range_.start, range_.end, sink);
+  } else {
+    codecs::decode_stream(static_cast<AttachmentEncoding>(encoding_), source, range_.start, range_.end, sink);
+  }
+  if (source.failed()) throw std::system_error(std::make_error_code(std::errc::io_error), "read attachment");
+}
+
+bool CAttachment::is_mailbox(const std::string& path) const {
   return owner_ && owner_->control != nullptr && owner_->control->is_locked_file(path);
 }
 

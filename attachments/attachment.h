@@ -14,25 +14,33 @@
 namespace vellobar {
 
 class CMessage;
+class CMessages;
 
 namespace platform {
 class ByteSink;
 class File;
 }  // namespace platform
 
-/// Where coded bytes lie: from `start` to just before `end`. The file may be missing.
+/// Where coded bytes lie: from `start` to just before `end`. There may be no file.
 struct CodedRange {
   std::shared_ptr<platform::File> file;
   std::int64_t start = 0;
   std::int64_t end = 0;
-  std::string reopened_from = {};  ///< the path of a file that is open only while it is decoded
+  std::string reopened_from = {};  ///< the path of a file, instead, that is open only while it is decoded
+};
+
+/// What holds an attachment: a message or part, or the place of a part that need not be an object.
+struct HoldingPart {
+  std::weak_ptr<CMessage> object = {};
+  std::weak_ptr<CMessages> parts = {};
+  std::int64_t start = 0;  ///< in the file of those parts
 };
 
 class CAttachment {
  public:
   /// An attachment that stands alone, of nothing.
   CAttachment();
-  CAttachment(OwnerLink owner, std::weak_ptr<CMessage> part, CodedRange range, int encoding);
+  CAttachment(OwnerLink owner, HoldingPart part, CodedRange range, int encoding);
   CAttachment(const CAttachment&) = delete;
   CAttachment& operator=(const CAttachment&) = delete;
 
@@ -54,7 +62,7 @@ class CAttachment {
   void Save(std::u16string_view filename);
 
   /// The message or part that holds the attachment; null when it is gone.
-  std::shared_ptr<CMessage> Part() const { return part_.lock(); }
+  std::shared_ptr<CMessage> Part() const;
 
   /// The size of the coded bytes; for Base64, BinHex and UUencode three quarters of it, an estimate of the decoded
   /// size.
@@ -65,7 +73,6 @@ class CAttachment {
   /// True when a client put something.
   bool is_changed() const { return is_changed_; }
   const CodedRange& range() const { return range_; }
-  void read_from(CodedRange range) noexcept { range_ = std::move(range); }
   /// Another object that says the same.
   std::shared_ptr<CAttachment> another() const;
   /// Decodes into a sink; nothing when there is no source or the encoding is unknown. Throws std::system_error when the
@@ -74,10 +81,12 @@ class CAttachment {
 
  private:
   void save_to(std::u16string_view filename);
-  bool is_source_or_mailbox(const std::string& path) const;
+  std::shared_ptr<platform::File> open_source() const;
+  void decode(platform::File& source, platform::ByteSink& sink) const;
+  bool is_mailbox(const std::string& path) const;
 
   OwnerLink owner_;
-  std::weak_ptr<CMessage> part_;
+  HoldingPart part_;
   CodedRange range_;
   int encoding_ = 0;
   std::u16string name_;

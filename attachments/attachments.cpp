@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <deque>
-#include <exception>
 #include <memory>
 #include <optional>
 #include <string>
@@ -19,6 +18,7 @@
 #include "mailbox/message.h"
 #include "mailbox/messages.h"
 #include "platform/code_page.h"
+#include "platform/file.h"
 
 namespace vellobar {
 
@@ -32,17 +32,15 @@ std::optional<std::string> first_value(const CHeaders& headers, std::string_view
   return headers.narrow_value(position);
 }
 
-/// `text` is read for what the attachment says of itself; `part` is what holds it, or null.
-std::shared_ptr<CAttachment> make_attachment(const OwnerLink& owner, CMessage& text, CMessage* part, int encoding) {
-  const auto attachment =
-      std::make_shared<CAttachment>(owner, part != nullptr ? part->weak_from_this() : std::weak_ptr<CMessage>(),
-                                    CodedRange{text.file(), text.body_offset(), text.EndPosition()}, encoding);
+/// `text` is read for what the attachment says of itself.
+std::shared_ptr<CAttachment> make_attachment(const OwnerLink& owner, CMessage& text, HoldingPart part, int encoding) {
+  auto attachment = std::make_shared<CAttachment>(
+      owner, std::move(part), CodedRange{text.file(), text.body_offset(), text.EndPosition()}, encoding);
   if (const CHeaders* const headers = text.loaded_headers()) {
     attachments::Description description =
         attachments::describe(first_value(*headers, "content-type"), first_value(*headers, "content-disposition"));
     attachment->describe(std::move(description.name), std::move(description.type));
   }
-  if (part != nullptr) part->note_attachment();
   return attachment;
 }
 
@@ -102,23 +100,39 @@ CAttachments::~CAttachments() = default;
 
 std::int64_t CAttachments::Count() {
   find_attachments();
-  return static_cast<std::int64_t>(items_.size());
+  return static_cast<std::int64_t>(items_.size() + blocks_.size());
 }
 
 std::shared_ptr<CAttachment> CAttachments::Item(std::int64_t index) {
   const std::int64_t count = Count();
   if (index < 0 || index >= count) throw Error(Status::invalid_argument);
-  Found& found = items_[static_cast<std::size_t>(index)];
-  if (!found.object) found.object = made(found);
-  return found.object;
+  return object_at(static_cast<std::size_t>(index));
+}
+
+std::shared_ptr<mailbox::Snapshot<CAttachments, CAttachment>> CAttachments::snapshot() {
+  return std::make_shared<mailbox::Snapshot<CAttachments, CAttachment>>(shared_from_this());
+}
+
+std::shared_ptr<CAttachment> CAttachments::object_at(std::size_t position) {
+  std::shared_ptr<CAttachment> object = made_.find(position);
+  if (object) return object;
+  const std::size_t block = position - items_.size();
+  object = position < items_.size() ? made(items_[position]) : made(blocks_.name(block), blocks_.range(block));
+  made_.lend(position, object);
+  return object;
 }
 
 std::shared_ptr<CAttachment> CAttachments::made(const Found& found) const {
   CMessage in_file(owner_, nullptr, file_, found.part.extent());
   in_file.load_headers();
-  const std::shared_ptr<CMessages> parts = parts_[found.parts].lock();
-  const std::shared_ptr<CMessage> part = parts ? parts->found_at(found.part.start()) : nullptr;
-  return make_attachment(owner_, in_file, part.get(), found.encoding);
+  return make_attachment(owner_, in_file, {{}, parts_[found.parts], found.part.start()}, found.encoding);
+}
+
+std::shared_ptr<CAttachment> CAttachments::made(std::u16string name, CodedRange block) const {
+  constexpr int kEncoding = static_cast<int>(codecs::AttachmentEncoding::uuencode);
+  auto attachment = std::make_shared<CAttachment>(owner_, HoldingPart{with_blocks_}, std::move(block), kEncoding);
+  attachment->describe(std::move(name), {});
+  return attachment;
 }
 
 void CAttachments::find_attachments() {
@@ -135,9 +149,7 @@ void CAttachments::find_attachments() {
 bool CAttachments::can_be_found_again() const noexcept {
   if (!is_scanned_) return true;
   if (!is_whole_ || has_blocks_ || searched_text_ != scan_text_) return false;
-  return std::none_of(items_.begin(), items_.end(), [](const Found& item) {
-    return item.object && (item.object.use_count() > 1 || item.object->is_changed());
-  });
+  return !made_.has_held_or_changed();
 }
 
 void CAttachments::find_in_parts(CMessage& message) {
@@ -172,14 +184,16 @@ void CAttachments::find_in_parts(CMessage& message) {
 
 void CAttachments::list(CMessage& part, int encoding, const std::shared_ptr<CMessages>& parts) {
   if (!parts || items_.size() < kMostMadeAtOnce || !reads_as_listed(part)) {
-    items_.push_back({make_attachment(owner_, part, &part, encoding), {}, 0, 0});
+    made_.keep(items_.size(), make_attachment(owner_, part, {part.weak_from_this()}, encoding));
+    items_.push_back({});
+    part.note_attachment();
     return;
   }
   file_ = part.file();
   if (parts_.empty() || parts_.back().lock() != parts) parts_.push_back(parts);
   parts->note_known_places();
   const mailbox::Extent extent{part.StartPosition(), part.EndPosition(), part.Lines(), part.has_separator()};
-  items_.push_back({nullptr, mailbox::PackedExtent(extent), static_cast<std::uint32_t>(parts_.size() - 1), encoding});
+  items_.push_back({mailbox::PackedExtent(extent), static_cast<std::uint32_t>(parts_.size() - 1), encoding});
 }
 
 /// Whether all that is said of the part is what its file says, which is the one of all the others.
@@ -193,32 +207,33 @@ bool CAttachments::reads_as_listed(CMessage& part) const {
 void CAttachments::list_again(std::size_t first, std::size_t behind) {
   if (items_.size() + (behind - first) > kMostWithRepetitions) return;
   for (std::size_t i = first; i < behind; ++i) {
-    Found again = items_[i];
-    if (again.object) again.object = again.object->another();
-    items_.push_back(std::move(again));
+    if (const auto object = made_.find(i)) made_.keep(items_.size(), object->another());
+    items_.push_back(items_[i]);
   }
 }
 
 void CAttachments::find_in_text(CMessage& message) {
+  with_blocks_ = message.weak_from_this();
   const std::string text = readable_text(message);
   attachments::UuBlocks blocks(text);
-  while (std::optional<attachments::UuBlock> block = blocks.next()) {
-    // Listed before its file is made, which then belongs to it whatever happens.
-    const auto attachment = std::make_shared<CAttachment>(owner_, message.weak_from_this(), CodedRange{},
-                                                          static_cast<int>(codecs::AttachmentEncoding::uuencode));
-    attachment->describe(platform::process_text(block->name), {});
-    items_.push_back({attachment, {}, 0, 0});
-    has_blocks_ = true;
-    try {
-      attachment->read_from(attachments::make_block_source(block->lines));
-    } catch (const std::exception& failure) {
-      items_.pop_back();
-      if (dynamic_cast<const Error*>(&failure) != nullptr && !has_control()) throw Error(Status::fail);
-      throw;
+  try {
+    while (const std::optional<attachments::UuBlock> block = blocks.next()) {
+      has_blocks_ = true;
+      const bool has_file = attachments::make_block_source(
+          block->lines, [&](const CodedRange& range) { list(platform::process_text(block->name), range); });
+      // Without room for the block the search ends quietly.
+      if (!has_file) return;
     }
-    // Without room for the block the search ends quietly.
-    if (!attachment->range().file) return items_.pop_back();
+  } catch (const Error&) {
+    if (!has_control()) throw Error(Status::fail);
+    throw;
   }
+}
+
+/// Most blocks are no objects before somebody asks for them; what is kept open is.
+void CAttachments::list(const std::u16string& name, const CodedRange& block) {
+  if (block.file) made_.keep(items_.size() + blocks_.size(), made(name, block));
+  blocks_.add(name, block);
 }
 
 std::shared_ptr<CAttachments> CMessage::Attachments() {

@@ -12,22 +12,26 @@
 #include <utility>
 #include <vector>
 
+#include "attachments/found_blocks.h"
+#include "attachments/made_attachments.h"
 #include "mailbox/extent.h"
 #include "mailbox/item_iterator.h"
 #include "mailbox/made_on_use.h"
 #include "mailbox/owner.h"
+#include "mailbox/snapshot.h"
 
 namespace vellobar {
 
 class CAttachment;
 class CMessage;
 class CMessages;
+struct CodedRange;
 
 namespace platform {
 class File;
 }
 
-class CAttachments {
+class CAttachments : public std::enable_shared_from_this<CAttachments> {
  public:
   /// A collection that stands alone, without a message.
   CAttachments();
@@ -55,6 +59,11 @@ class CAttachments {
 
   // For the component's own use.
 
+  /// The attachments, searching first like Count. What was found stays, also when the message lets the collection go.
+  std::shared_ptr<mailbox::Snapshot<CAttachments, CAttachment>> snapshot();
+  /// The attachment at a position where one was found.
+  std::shared_ptr<CAttachment> object_at(std::size_t position);
+
   /// A list this long is not lengthened by attachments that it holds already; see list_again.
   static constexpr std::size_t kMostWithRepetitions = 65536;
 
@@ -70,10 +79,9 @@ class CAttachments {
   bool can_be_found_again() const noexcept;
 
  private:
-  /// An attachment as it was found. Of a few the objects are made at once, and of what reads otherwise than the file;
-  /// of the others when somebody asks for them.
+  /// A part as it was found. Of a few the objects are made at once, and of what reads otherwise than the file; of the
+  /// others when somebody asks for them.
   struct Found {
-    std::shared_ptr<CAttachment> object;
     mailbox::PackedExtent part;
     std::uint32_t parts = 0;  ///< the place in parts_ of the collection it is in
     int encoding = 0;
@@ -86,8 +94,10 @@ class CAttachments {
   void list(CMessage& part, int encoding, const std::shared_ptr<CMessages>& parts);
   bool reads_as_listed(CMessage& part) const;
   std::shared_ptr<CAttachment> made(const Found& found) const;
+  std::shared_ptr<CAttachment> made(std::u16string name, CodedRange block) const;
   void list_again(std::size_t first, std::size_t behind);
   void find_in_text(CMessage& message);
+  void list(const std::u16string& name, const CodedRange& block);
 
   OwnerLink owner_;
   CMessage* message_ = nullptr;
@@ -97,8 +107,11 @@ class CAttachments {
   bool has_blocks_ = false;  ///< some were found in text, and have files
   bool scan_text_ = false;
   mailbox::MadeOnUse<Found> items_;
+  attachments::FoundBlocks blocks_;  ///< listed behind the parts
+  attachments::MadeAttachments made_;
   std::shared_ptr<platform::File> file_;         ///< of the parts that are not made yet
   std::vector<std::weak_ptr<CMessages>> parts_;  ///< the collections that they are in
+  std::weak_ptr<CMessage> with_blocks_;          ///< whose text was searched
 };
 
 /// `for (const auto& attachment : message->Attachments())`: see ItemIterator.

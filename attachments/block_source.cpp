@@ -46,9 +46,9 @@ bool write_lines(const std::string& path, std::string_view lines) {
 
 }  // namespace
 
-CodedRange make_block_source(std::string_view lines) {
+bool make_block_source(std::string_view lines, const std::function<void(const CodedRange&)>& take) {
   mailbox::ScratchFile scratch;
-  if (!write_lines(scratch.path(), lines)) return {};
+  if (!write_lines(scratch.path(), lines)) return false;
   std::shared_ptr<platform::File> file = platform::File::open(scratch.path());
   if (!file) {
     // Deliberate: the file is left; whoever keeps it from being read may still want it.
@@ -56,14 +56,15 @@ CodedRange make_block_source(std::string_view lines) {
     throw Error(ErrorNumber::cannot_write_temporary_file, Reporter::vellobar);
   }
   CodedRange range{.file = nullptr, .start = 0, .end = static_cast<std::int64_t>(lines.size())};
-  const bool stays_open = take_place_among_open_files();
-  range.file = stays_open ? with_place(std::move(file)) : std::move(file);
-  std::string path = scratch.keep();
-  if (!stays_open) {
-    range.file->suspend();
-    range.reopened_from = std::move(path);
+  if (take_place_among_open_files()) {
+    range.file = with_place(std::move(file));
+  } else {
+    file.reset();
+    range.reopened_from = scratch.path();
   }
-  return range;
+  take(range);
+  scratch.keep();
+  return true;
 }
 
 }  // namespace vellobar::attachments

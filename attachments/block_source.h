@@ -3,6 +3,7 @@
 // opened when somebody decodes them, so that mail cannot use up the files that a process may have open.
 #pragma once
 
+#include <functional>
 #include <string_view>
 
 #include "attachments/attachment.h"
@@ -12,8 +13,9 @@ namespace vellobar::attachments {
 /// How many of these files the process keeps open.
 inline constexpr int kBlockFilesKeptOpen = 64;
 
-/// Writes the block's lines to a file of their own and opens it for reading. No file when it cannot be written; error
-/// 30012, reported by the control, when it cannot be read again.
-CodedRange make_block_source(std::string_view lines);
+/// Writes the block's lines to a file of their own, opens it for reading and gives it away: open, or by its path. When
+/// `take` throws the file goes. False when it cannot be written; error 30012, reported by the control, when it cannot
+/// be read again.
+bool make_block_source(std::string_view lines, const std::function<void(const CodedRange&)>& take);
 
 }  // namespace vellobar::attachments

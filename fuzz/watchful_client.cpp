@@ -207,7 +207,8 @@ WatchfulClient::Message WatchfulClient::message(Choices& choices) {
 class WatchfulClient::Reachable {
  public:
   explicit Reachable(const WatchfulClient& client) {
-    for (const auto& messages : {client.control_.Messages(), client.other_.Messages()}) collections_.push_back(messages);
+    for (const auto& messages : {client.control_.Messages(), client.other_.Messages()})
+      collections_.push_back(messages);
     for (std::size_t i = 0; i < collections_.size(); ++i) {
       for (const Message& part : std::shared_ptr(collections_[i])) {
         messages_.push_back(part);

@@ -171,6 +171,7 @@ void CHeaders::Remove(const CHeader& header) {
 }
 
 void CHeaders::RemoveAll() {
+  before_change();
   places_.clear();
   made_.reset();
   text_.clear();
@@ -205,6 +206,7 @@ void CHeaders::add_lines(std::string_view text) {
 void CHeaders::add_line(std::string_view line) {
   const std::size_t colon = line.find(':');
   if (colon == std::string_view::npos) return;
+  before_change();
   if (headers::HeaderText::can_keep(line)) {
     const std::size_t place = text_.add(line, colon);
     if (is_reading_ && places_.size() == kListedAtOnce) {
@@ -304,6 +306,7 @@ std::u16string CHeaders::value(std::size_t position) const {
 void CHeaders::set_value(std::size_t position, std::u16string_view value) { object_at(position)->store_value(value); }
 
 void CHeaders::erase(std::size_t position) {
+  before_change();
   if (made_) made_->erase(place_at(position));
   places_.erase(position);
   is_changed_ = true;
@@ -311,6 +314,7 @@ void CHeaders::erase(std::size_t position) {
 }
 
 void CHeaders::append(std::u16string_view name, std::u16string_view value) {
+  before_change();
   append_object(std::make_shared<CHeader>(owner_, std::u16string(name), std::u16string(value)));
   is_changed_ = true;
   forget_decoded();

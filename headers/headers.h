@@ -16,6 +16,7 @@
 #include "headers/place_table.h"
 #include "mailbox/item_iterator.h"
 #include "mailbox/owner.h"
+#include "mailbox/snapshot.h"
 
 namespace vellobar {
 
@@ -28,7 +29,7 @@ namespace platform {
 class ByteSink;
 }
 
-class CHeaders {
+class CHeaders : public std::enable_shared_from_this<CHeaders> {
  public:
   CHeaders();
   explicit CHeaders(OwnerLink owner);
@@ -62,6 +63,11 @@ class CHeaders {
   void FromString(std::u16string_view headers_data);
 
   // For the component's own use; none of these tells the control.
+
+  /// The headers that the collection has now, whatever becomes of it.
+  std::shared_ptr<mailbox::Snapshot<CHeaders, CHeader>> snapshot() { return snapshots_.take(shared_from_this()); }
+  /// The header at a position that is there.
+  std::shared_ptr<CHeader> object_at(std::size_t position);
 
   /// Parses one line without its line end and appends it: the name is all before the first colon, the value all behind
   /// it less one leading space. A line without a colon is ignored.
@@ -136,7 +142,8 @@ class CHeaders {
   bool depends_on_thread(std::size_t position) const;
   template <typename Take, typename End>
   void for_each_line(Take take, End end) const;
-  std::shared_ptr<CHeader> object_at(std::size_t position);
+  /// For whatever changes which headers there are.
+  void before_change() { snapshots_.hold_items(); }
   void list_rest();
   void append_object(const std::shared_ptr<CHeader>& header);
   headers::MadeHeaders& made();
@@ -150,6 +157,7 @@ class CHeaders {
   std::size_t unlisted_ = 0;  ///< lines of a long block being read, whose places are listed when all came
   bool is_reading_ = false;
   bool is_changed_ = false;
+  mailbox::Snapshots<CHeaders, CHeader> snapshots_;
   std::unique_ptr<Decoded> decoded_;  ///< null until something was decoded
 };
 

@@ -7,7 +7,6 @@
 #include "errors/error.h"
 #include "mailbox/line_sink.h"
 #include "mailbox/message.h"
-#include "mailbox/message_snapshot.h"
 #include "mailbox/part_tree.h"
 #include "mailbox/scanner.h"
 #include "mailbox/separator_line.h"
@@ -102,20 +101,6 @@ std::shared_ptr<CMessage> CMessages::object_at(std::size_t index) {
   entry.keep(object);
   if (owner_) owner_->recent.add(object);
   return object;
-}
-
-std::shared_ptr<mailbox::MessageSnapshot> CMessages::snapshot() {
-  auto snapshot = std::make_shared<mailbox::MessageSnapshot>(shared_from_this());
-  snapshots_.remove_if([](const auto& other) { return other.expired(); });
-  snapshots_.push_front(snapshot);
-  return snapshot;
-}
-
-void CMessages::before_change() {
-  for (const auto& weak : snapshots_) {
-    if (const auto snapshot = weak.lock()) snapshot->hold_items();
-  }
-  snapshots_.clear();
 }
 
 std::shared_ptr<CMessage> CMessages::for_walking(std::int64_t index) {

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <forward_list>
 #include <functional>
 #include <iterator>
 #include <memory>
@@ -20,13 +19,13 @@
 #include "mailbox/made_on_use.h"
 #include "mailbox/message_entry.h"
 #include "mailbox/owner.h"
+#include "mailbox/snapshot.h"
 
 namespace vellobar {
 
 class CMessage;
 
 namespace mailbox {
-class MessageSnapshot;
 class PartTree;
 struct ScanResult;
 }  // namespace mailbox
@@ -70,7 +69,9 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   // For the component's own use.
 
   /// The messages that the collection has now, whatever becomes of it.
-  std::shared_ptr<mailbox::MessageSnapshot> snapshot();
+  std::shared_ptr<mailbox::Snapshot<CMessages, CMessage>> snapshot() { return snapshots_.take(shared_from_this()); }
+  /// The message at an index that is there.
+  std::shared_ptr<CMessage> object_at(std::size_t index);
 
   /// Position of the first place that holds this very message, -1 when it is not here.
   std::int64_t position_of(const CMessage& message) const;
@@ -169,11 +170,10 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   using Entry = mailbox::MessageEntry;
 
   /// For whatever changes which items there are, or where they are read from.
-  void before_change();
+  void before_change() { snapshots_.hold_items(); }
   void give_up_items() noexcept;
   void release_items(std::shared_ptr<CMessages>& to_release) noexcept;
   void release_tree(std::shared_ptr<CMessages>& to_release) noexcept;
-  std::shared_ptr<CMessage> object_at(std::size_t index);
   mailbox::ScanResult scan_range(std::int64_t from, std::int64_t limit);
   std::shared_ptr<CMessage> new_object(const Entry& entry);
   void write(platform::ByteSink& to);
@@ -198,7 +198,7 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   std::string scanned_separator_;                 ///< the separator as the scan compared it
   std::vector<std::int64_t> removed_positions_;   ///< where scanned messages began that were removed since
   std::vector<std::weak_ptr<CMessage>> removed_;  ///< objects of removed messages, which others may hold
-  std::forward_list<std::weak_ptr<mailbox::MessageSnapshot>> snapshots_;
+  mailbox::Snapshots<CMessages, CMessage> snapshots_;
   std::shared_ptr<CMessages> next_to_release_;
   std::weak_ptr<CMessage> with_headers_that_run_on_;
 };

@@ -1,7 +1,7 @@
 // What the messages of one part tree share: where every part lies, and the collections that stand by themselves. A
-// part deep down may be held by a client, or changed, while nobody wants the messages above it any longer. Those are let
-// go, the collection that the part is in stands by itself, and its message takes it up again when it is made again. So
-// mail that nests its parts a hundred thousand deep costs the objects that are wanted, not all those above them.
+// part deep down may be held by a client, or changed, while nobody wants the messages above it any longer. Those are
+// let go, the collection that the part is in stands by itself, and its message takes it up again when it is made again.
+// So mail that nests its parts a hundred thousand deep costs the objects that are wanted, not all those above them.
 //
 // The tree belongs to the outermost collection, and ends with it.
 #pragma once

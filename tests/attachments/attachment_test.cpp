@@ -39,8 +39,8 @@ class WorkingFolder {
 
 std::shared_ptr<CAttachment> attachment_in(const std::string& path, std::int64_t start, std::int64_t end,
                                            int encoding) {
-  return std::make_shared<CAttachment>(nullptr, std::weak_ptr<CMessage>(),
-                                       CodedRange{platform::File::open(path), start, end}, encoding);
+  return std::make_shared<CAttachment>(nullptr, HoldingPart(), CodedRange{platform::File::open(path), start, end},
+                                       encoding);
 }
 
 TEST(Attachment, name_type_and_encoding_are_what_the_client_puts) {

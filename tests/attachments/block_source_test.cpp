@@ -58,6 +58,39 @@ TEST(BlockSource, three_thousand_blocks_are_found_and_saved_each_from_a_file_of_
   for (const std::int64_t i : {0, 63, 64, 65, 1500, 2999}) EXPECT_EQ(mail.saved(i), "ABC") << i;
 }
 
+TEST(BlockSource, blocks_that_are_not_kept_open_say_the_same_as_those_that_are) {
+  ManyBlocks mail(attachments::kBlockFilesKeptOpen + 1);
+  ASSERT_EQ(mail.attachments().Count(), attachments::kBlockFilesKeptOpen + 1);
+  std::error_code ignored;
+  for (const std::string& name : mail.temporary().names()) {
+    std::filesystem::remove(mail.temporary().path(name), ignored);
+  }
+  for (const int i : {10, attachments::kBlockFilesKeptOpen}) {
+    const auto attachment = mail.attachments().Item(i);
+    EXPECT_EQ(attachment->Name(), u"f" + wide(std::to_string(i)));
+    EXPECT_EQ(attachment->Type(), u"");
+    EXPECT_EQ(attachment->Encoding(), 3);
+    EXPECT_EQ(attachment->Size(), 18) << "of 27 bytes";
+    EXPECT_EQ(attachment->Part(), mail.box().message(0));
+    EXPECT_EQ(mail.attachments().Item(i), attachment);
+  }
+}
+
+TEST(BlockSource, blocks_that_nobody_holds_are_let_go_unless_they_were_changed) {
+  ManyBlocks mail(5000);
+  const std::shared_ptr<CAttachment> held = mail.attachments().Item(100);
+  const std::weak_ptr<CAttachment> let_go = mail.attachments().Item(101);
+  mail.attachment(102).SetName(u"put");
+  mail.attachment(103).SetEncoding(5);
+  for (std::int64_t i = 0; i < 5000; ++i) mail.attachment(i);
+  EXPECT_EQ(mail.attachments().Item(100), held);
+  EXPECT_TRUE(let_go.expired());
+  EXPECT_EQ(mail.attachment(101).Name(), u"f101");
+  EXPECT_EQ(mail.saved(101), "ABC");
+  EXPECT_EQ(mail.attachment(102).Name(), u"put");
+  EXPECT_EQ(mail.attachment(103).Encoding(), 5);
+}
+
 #ifdef __linux__
 
 std::int64_t open_files() {

@@ -355,4 +355,23 @@ TEST_F(EnumeratorTest, headers_enumerate_as_well_and_a_null_place_succeeds) {
   EXPECT_EQ(names, L"ABC");
 }
 
+TEST_F(EnumeratorTest, of_headers_walks_those_that_were_there_when_each_is_removed_on_the_way) {
+  const auto headers = three_headers();
+  ComPtr<IUnknown> unknown;
+  ASSERT_EQ(headers->get__NewEnum(unknown.receive()), S_OK);
+  std::wstring names;
+  Value item;
+  const auto items = query<IEnumVARIANT>(unknown.get());
+  while (items->Next(1, item.receive(), nullptr) == S_OK) {
+    const auto header = query<IvHeader>(V_DISPATCH(&item.get()));
+    EXPECT_EQ(headers->Remove(Value(header.get()).get()), S_OK);
+    EXPECT_EQ(headers->Add(Text(L"Added").get(), Value::missing().get(), nullptr), S_OK);
+    Text name;
+    header->get_Name(name.receive());
+    names += name.value();
+  }
+  EXPECT_EQ(names, L"ABC");
+  EXPECT_EQ(text_of(headers.get()), L"Added: \r\nAdded: \r\nAdded: \r\n");
+}
+
 }  // namespace vellobar::tests

@@ -202,6 +202,19 @@ TEST_F(MessageContent, an_attachment_is_the_same_object_while_it_is_held_and_kno
   EXPECT_EQ(part.get(), third.get());
 }
 
+TEST_F(MessageContent, a_walk_over_attachments_goes_on_when_the_message_lets_them_go) {
+  MailboxClient client(kThreeParts);
+  const auto message = client.message(0);
+  ComPtr<IUnknown> unknown;
+  EXPECT_EQ(attachments_of(message.get())->get__NewEnum(unknown.receive()), S_OK);
+  EXPECT_EQ(message->Unload(), S_OK);
+  Value item;
+  ASSERT_EQ(query<IEnumVARIANT>(unknown.get())->Next(1, item.receive(), nullptr), S_OK);
+  Text name;
+  EXPECT_EQ(query<IvAttachment>(V_DISPATCH(&item.get()))->get_Name(name.receive()), S_OK);
+  EXPECT_EQ(name.value(), L"a.bin");
+}
+
 TEST_F(MessageContent, parts_attachments_and_headers_by_identifier_are_the_same_objects) {
   MailboxClient client(kThreeParts);
   const auto message = client.message(0);

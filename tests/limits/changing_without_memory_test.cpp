@@ -75,6 +75,30 @@ TEST(ChangingWithoutMemory, headers_from_a_string_are_added_all_or_none) {
           "\r\n");
 }
 
+// The walk of an automation host over the two headers.
+TEST(ChangingWithoutMemory, a_walk_over_headers_that_change_shows_those_there_were) {
+  std::shared_ptr<mailbox::Snapshot<CHeaders, CHeader>> walk;
+  const Step begin = [&](Bench& bench) {
+    bench.control->Lock();
+    bench.message()->Load();
+    walk = bench.message()->Headers()->snapshot();
+  };
+  const auto change = [&](const Step& act, const std::string& changed) {
+    const std::string unchanged = kSeparator + kSubject + kOther + kBody + "\r\n";
+    const Check check = [&](Bench& bench, bool is_done) {
+      EXPECT_EQ((*walk)[0]->Name() + (*walk)[1]->Name(), u"SubjectX-Header-Of-Its-Own");
+      walk.reset();
+      EXPECT_EQ(bench.written(), is_done ? changed : unchanged);
+    };
+    refuse_each_allocation({kMail, begin, act, check});
+  };
+  change([](Bench& bench) { bench.message()->Headers()->RemoveAll(); }, kSeparator + kBody + "\r\n");
+  change([](Bench& bench) { bench.message()->Headers()->Remove(0); }, kSeparator + kOther + kBody + "\r\n");
+  change([](Bench& bench) { bench.message()->SetSubject(u""); }, kSeparator + kOther + kBody + "\r\n");
+  change([](Bench& bench) { bench.message()->Headers()->FromString(u"X-First: a\r\nX-Second: b\r\n"); },
+         kSeparator + kSubject + kOther + "X-First: a\r\nX-Second: b\r\n" + kBody + "\r\n");
+}
+
 TEST(ChangingWithoutMemory, a_header_is_parsed_wholly_or_not_at_all) {
   const Step parse = [](Bench& bench) {
     bench.message()->Headers()->Item(0)->parse_line(u"X-Parsed-Header: with the value it has");

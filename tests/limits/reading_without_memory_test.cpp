@@ -4,6 +4,7 @@
 
 #include "attachments/attachment.h"
 #include "attachments/attachments.h"
+#include "attachments/block_source.h"
 #include "codecs/attachment_encoding.h"
 #include "headers/header.h"
 #include "headers/headers.h"
@@ -207,7 +208,7 @@ TEST(ReadingWithoutMemory, attachments_are_found_as_far_as_there_is_memory) {
   refuse_each_allocation({kMail, lock, find, check});
 }
 
-TEST(ReadingWithoutMemory, every_file_of_a_block_in_text_belongs_to_an_attachment) {
+void find_a_block_in_text() {
   const Step find = [](Bench& bench) {
     const auto attachments = bench.message(1)->Attachments();
     attachments->SetScanText(true);
@@ -221,6 +222,20 @@ TEST(ReadingWithoutMemory, every_file_of_a_block_in_text_belongs_to_an_attachmen
     for (const std::string& name : files) platform::remove_file(bench.temporary.path(name));
   };
   refuse_each_allocation({kMail, lock, find, check});
+}
+
+TEST(ReadingWithoutMemory, every_file_of_a_block_in_text_belongs_to_an_attachment) { find_a_block_in_text(); }
+
+TEST(ReadingWithoutMemory, every_file_of_a_block_belongs_to_an_attachment_when_enough_of_them_are_open) {
+  TemporaryFolder folder;
+  const platform::FixedTemporaryFolder temporary(folder.path(""));
+  CMessage others;
+  std::u16string text;
+  for (int i = 0; i < attachments::kBlockFilesKeptOpen; ++i) text += u"begin 644 f\r\n#04)#\r\nend\r\n\r\n";
+  others.SetText(text);
+  others.Attachments()->SetScanText(true);
+  ASSERT_EQ(others.Attachments()->Count(), attachments::kBlockFilesKeptOpen);
+  find_a_block_in_text();
 }
 
 TEST(ReadingWithoutMemory, a_saved_message_is_whole_and_an_older_file_stays_when_it_fails) {
