@@ -14,7 +14,6 @@
 #include "headers/header.h"
 #include "headers/headers.h"
 #include "mailbox/message.h"
-#include "mailbox/message_snapshot.h"
 #include "mailbox/messages.h"
 #include "platform/clock.h"
 #include "platform/code_page.h"

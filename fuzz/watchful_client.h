@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "fuzz/choices.h"
+#include "mailbox/snapshot.h"
 #include "mailbox/vellobar.h"
 #include "platform/temporary_file.h"
 
@@ -21,9 +22,6 @@ class CHeader;
 class CHeaders;
 class CMessage;
 class CMessages;
-namespace mailbox {
-class MessageSnapshot;
-}
 }  // namespace vellobar
 
 namespace vellobar::fuzz {
@@ -181,7 +179,7 @@ class WatchfulClient {
   /// A walk over a collection, and how far it came.
   struct Walk {
     std::weak_ptr<CMessages> of;
-    std::shared_ptr<mailbox::MessageSnapshot> items;
+    std::shared_ptr<mailbox::Snapshot<CMessages, CMessage>> items;
     std::size_t next = 0;
   };
   HeldObjects<Walk> walks_;
