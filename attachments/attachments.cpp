@@ -191,7 +191,7 @@ void CAttachments::list(CMessage& part, int encoding, const std::shared_ptr<CMes
   }
   file_ = part.file();
   if (parts_.empty() || parts_.back().lock() != parts) parts_.push_back(parts);
-  parts->note_known_places();
+  parts->keep_for_attachments();
   const mailbox::Extent extent{part.StartPosition(), part.EndPosition(), part.Lines(), part.has_separator()};
   items_.push_back({mailbox::PackedExtent(extent), static_cast<std::uint32_t>(parts_.size() - 1), encoding});
 }

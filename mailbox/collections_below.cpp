@@ -6,9 +6,9 @@
 
 namespace vellobar::mailbox {
 
-CollectionsBelow::CollectionsBelow(const CMessage& message, Which which) {
+CollectionsBelow::CollectionsBelow(const CMessage& message, Below which) {
   add_parts_of(message);
-  const std::shared_ptr<PartTree> tree = which == Which::all ? message.tree() : nullptr;
+  const std::shared_ptr<PartTree> tree = which == Below::everything ? message.tree() : nullptr;
   if (tree) tree->append_detached(message.StartPosition(), message.EndPosition(), waiting_);
 }
 

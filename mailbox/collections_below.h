@@ -12,19 +12,26 @@ class CMessages;
 
 namespace mailbox {
 
+enum class Below {
+  everything,
+  going_with_it,  ///< what would go with the message when it is let go
+};
+
 class CollectionsBelow {
  public:
-  enum class Which {
-    all,
-    attached,  ///< but for those that stay in a tree without the message
-  };
+  explicit CollectionsBelow(const CMessage& message, Below which = Below::everything);
 
-  explicit CollectionsBelow(const CMessage& message, Which which = Which::all);
-
-  /// Null behind the last one. Nothing may be made or let go in between.
-  const std::shared_ptr<CMessages>* next();
+  /// Whether one of them, which are shared pointers, is wanted. The predicate makes nothing and lets nothing go.
+  template <typename Predicate>
+  bool has_any(Predicate is_wanted) && {
+    while (const std::shared_ptr<CMessages>* const parts = next()) {
+      if (is_wanted(*parts)) return true;
+    }
+    return false;
+  }
 
  private:
+  const std::shared_ptr<CMessages>* next();
   void add_parts_of(const CMessage& message);
 
   std::vector<const std::shared_ptr<CMessages>*> waiting_;

@@ -59,15 +59,13 @@ void CMessages::let_go(const std::shared_ptr<CMessage>& message, std::size_t& pa
   if (position < 0) return;
   Entry& entry = items_[static_cast<std::size_t>(position)];
   if (!message->is_read_from(file_.get(), entry.extent())) return;
-  mailbox::Traces traces = message->traces();
-  if (!message->reads_the_same_again(patience)) {
-    if (!message->detach_parts()) return;
-    traces.parts_were_read = true;
-  }
+  const mailbox::Traces traces = message->traces();
+  if (!message->reads_the_same_again(patience) && !message->detach_parts()) return;
   entry.leave(traces);
   entry.give_up_object();
   message->forget_collection(*this);
-  if (is_detached()) end_unless_wanted();
+  has_lasting_traces_ = has_lasting_traces_ || traces.was_unloaded || traces.scans_text;
+  if (is_detached()) end_unless_kept();
 }
 
 void CMessages::detach_from(std::int64_t message) noexcept {
@@ -80,10 +78,37 @@ void CMessages::attach_to(CMessage& message) noexcept {
   detached_from_ = kAttached;
 }
 
-void CMessages::end_unless_wanted() noexcept {
+void CMessages::end_unless_kept() noexcept {
   const std::shared_ptr<mailbox::PartTree> tree = tree_.lock();
-  if (!tree || has_objects() || is_edited_ || has_known_places_) return;
+  if (!tree || must_be_kept()) return;
   const std::shared_ptr<CMessages> ends_here = tree->take(detached_from_);
+}
+
+bool CMessages::must_be_kept() const {
+  if (is_edited_ || is_kept_for_attachments_ || has_lasting_traces_) return true;
+  while (first_object_ < items_.size() && !items_[first_object_].object()) ++first_object_;
+  return first_object_ < items_.size();
+}
+
+bool CMessages::is_as_made_anew(bool with_attachments) const {
+  if (has_lasting_traces_ || (is_kept_for_attachments_ && !with_attachments)) return false;
+  return is_as_scanned() && !has_held_items();
+}
+
+void CMessages::append_ways_down(std::vector<std::shared_ptr<CMessage>>& to) {
+  const std::shared_ptr<mailbox::PartTree> tree = tree_.lock();
+  for (std::size_t i = 0; i < items_.size(); ++i) {
+    const Entry& entry = items_[i];
+    const bool leads_down = tree && tree->has_detached(entry.start(), entry.extent().end);
+    if (entry.object() || leads_down) to.push_back(object_at(i));
+  }
+}
+
+void CMessages::leave_tree() noexcept {
+  tree_.reset();
+  for (const Entry& entry : items_) {
+    if (entry.object()) entry.object()->be_in({});
+  }
 }
 
 std::shared_ptr<CMessage> CMessages::found_at(std::int64_t start) {
@@ -114,15 +139,13 @@ bool CMessage::reads_the_same_again(std::size_t& patience) const noexcept {
   };
   if (!is_as_found_when_seen(*this)) return false;
   try {
-    using mailbox::CollectionsBelow;
-    for (CollectionsBelow below(*this, CollectionsBelow::Which::attached); const auto* parts = below.next();) {
-      if (parts->use_count() > 1 || !(*parts)->is_as_scanned() || (*parts)->has_held_items()) return false;
-      if ((is_part && (*parts)->has_known_places()) || (*parts)->any_object(differs)) return false;
-    }
+    const auto stays = [&](const std::shared_ptr<CMessages>& parts) {
+      return parts.use_count() > 1 || !parts->is_as_made_anew(!is_part) || parts->any_object(differs);
+    };
+    return !mailbox::CollectionsBelow(*this, mailbox::Below::going_with_it).has_any(stays);
   } catch (const std::bad_alloc&) {
     return false;
   }
-  return true;
 }
 
 /// Because something of them stays, although the message is let go.
@@ -139,8 +162,34 @@ bool CMessage::detach_parts() noexcept {
     return false;
   }
   parts_->detach_from(start_);
-  std::exchange(parts_, nullptr)->end_unless_wanted();
+  std::exchange(parts_, nullptr)->end_unless_kept();
   return true;
+}
+
+void CMessage::leave_tree() {
+  // All are held for the while, so that none is let go.
+  std::vector<std::shared_ptr<CMessage>> below;
+  take_up_detached();
+  if (parts_) parts_->append_ways_down(below);
+  for (std::size_t i = 0; i < below.size(); ++i) {
+    const std::shared_ptr<CMessage> part = below[i];
+    part->take_up_detached();
+    if (part->parts_) part->parts_->append_ways_down(below);
+  }
+  for (const std::shared_ptr<CMessage>& part : below) {
+    if (part->parts_) part->parts_->leave_tree();
+  }
+  if (parts_) parts_->leave_tree();
+  tree_.reset();
+}
+
+/// Loads the parts when some below stand by themselves.
+void CMessage::take_up_detached() {
+  const std::shared_ptr<mailbox::PartTree> tree = tree_.lock();
+  if (!tree || !tree->has_detached(start_, end_)) return;
+  // A text that could not be read stands in the way.
+  if (is_cut_short_ && tree->detached_at(start_)) drop_body();
+  load_body();
 }
 
 bool CMessage::is_as_found() const noexcept {

@@ -7,7 +7,6 @@
 #include "headers/header_block.h"
 #include "headers/headers.h"
 #include "mailbox/messages.h"
-#include "mailbox/part_tree.h"
 #include "mailbox/separator_line.h"
 #include "mailbox/tree_walk.h"
 #include "platform/ascii.h"
@@ -107,6 +106,7 @@ void CMessage::Load() {
 void CMessage::Unload() {
   // The boundary stays known.
   PartsBoundary();
+  leave_tree();
   drop_content();
   body_offset_ = 0;
   mail_info_.clear();
@@ -120,9 +120,6 @@ void CMessage::Unload() {
 
 void CMessage::drop_content() {
   drop_attachments();
-  if (const std::shared_ptr<mailbox::PartTree> tree = tree_.lock()) {
-    while (std::shared_ptr<CMessages> parts = tree->take_any(start_, end_)) CMessages::release(std::move(parts));
-  }
   drop_body();
   headers_.reset();
   headers_were_read_ = body_was_read_ = parts_were_read_ = scans_text_ = false;
@@ -141,7 +138,7 @@ void CMessage::drop_parts() { CMessages::release(give_up_parts()); }
 
 void CMessage::drop_what_walking_read(Held before) {
   // What was taken up from the tree was there before.
-  if (!before.body && body_ && !(parts_ && parts_->has_objects())) drop_body();
+  if (!before.body && body_ && !(parts_ && parts_->must_be_kept())) drop_body();
   if (!before.headers) headers_.reset();
 }
 

@@ -32,8 +32,9 @@ enum class AttachmentEncoding;
 }
 
 namespace mailbox {
+enum class Below;
 class PartTree;
-}
+}  // namespace mailbox
 
 namespace platform {
 class File;
@@ -250,6 +251,7 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   void drop_unchanged_headers() noexcept;
   /// True when a client holds a part at any depth, or a collection of parts.
   bool has_held_parts() const;
+  bool has_held_parts(mailbox::Below which) const;
 
   /// True when these are the message's own parts or those of a part below it.
   bool has_below(const CMessages& parts) const;
@@ -264,6 +266,9 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// For a part that is about to be let go although something below it stays: leaves its parts in the tree. False when
   /// that cannot be.
   bool detach_parts() noexcept;
+  /// For a message that leaves its place, or is about to lose its parts: takes up whatever stands by itself below it.
+  /// From then on the message and all below it are in no tree.
+  void leave_tree();
   /// True while the message is read from this very place.
   bool is_read_from(const platform::File* file, const mailbox::Extent& extent) const;
 
@@ -297,6 +302,7 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   void split_level(std::int64_t from);
   bool load_from_outline(std::string_view delimiter);
   bool take_up_parts();
+  void take_up_detached();
   void ensure_parts();
   /// The text with its transfer encoding undone, in the charset that the other message names.
   std::u16string transfer_decoded_text(CMessage& charset_source);
@@ -328,7 +334,7 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   /// What ScanText of the attachments says.
   bool scans_text() const;
   /// The same of all but its own headers.
-  bool has_body_of_file();
+  bool has_body_of_file(mailbox::Below which);
   /// True when the header block, which has been read, goes on behind the end.
   bool headers_run_on() const { return body_offset_ > end_; }
   bool has_headers_of_file();

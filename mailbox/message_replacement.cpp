@@ -42,6 +42,7 @@ CMessage::OwnFile CMessage::own_file(std::shared_ptr<platform::File> file, bool 
 void CMessage::Peek(std::u16string_view filename) {
   OwnFile own = own_file(platform::File::open(platform::process_bytes(filename)), false);
   read_mail_info();
+  leave_tree();
   if (own.headers) return read_from(std::move(own));
   read_from({});
   throw Error(ErrorNumber::cannot_load_headers, Reporter::message);
@@ -62,13 +63,12 @@ void CMessage::read_from(OwnFile own) noexcept {
   body_offset_ = own.body_offset;
   headers_ = std::move(own.headers);
   file_ = std::move(own.file);
-  tree_.reset();
 }
 
 void CMessage::SetText(std::u16string_view text) {
   load_body();
   // Without its headers the message could not be written whole.
-  if (!loaded_headers()) throw Error(ErrorNumber::cannot_load_text, Reporter::message);
+  if (load_headers() == nullptr) throw Error(ErrorNumber::cannot_load_text, Reporter::message);
   std::string body = platform::process_bytes(text);
   if (body.size() <= platform::kLineEnd.size() || !body.ends_with(platform::kLineEnd)) body += platform::kLineEnd;
   load_tree(false);
@@ -94,6 +94,7 @@ void CMessage::move_to_own_file() {
   // With a header line too long to be read back the message stays in memory, new text and all.
   if (!own.headers) throw Error(ErrorNumber::cannot_load_headers, Reporter::message);
   read_mail_info();
+  leave_tree();
   read_from(std::move(own));
   delete_temporary_file(kTextFile);
   (*temporary_files_)[kTextFile] = file.keep();
@@ -107,13 +108,13 @@ void CMessage::SetBody(std::u16string_view body) {
   std::shared_ptr<platform::File> opened = platform::File::open(file.path());
   if (!opened) throw Error(ErrorNumber::cannot_reopen_temporary_file, Reporter::message);
   read_mail_info();
+  leave_tree();
   mail_info_given_ = true;
   drop_content();
   close_own_file();
   has_separator_ = first_line_is_separator_ = false;
   has_own_file_ = true;
   file_ = std::move(opened);
-  tree_.reset();
   start_ = body_offset_ = 0;
   end_ = file_->size();
   lines_ = count_lines(bytes);

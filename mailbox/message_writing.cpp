@@ -82,7 +82,8 @@ void CMessage::write(platform::ByteSink& sink, Place place, bool keeps) {
 bool CMessage::write_own_text(platform::ByteSink& sink, Place place) {
   if (file_) file_->forget_failure();
   // What could not be read before may be readable now.
-  if (is_cut_short_ && has_body_of_file() && !has_held_parts()) drop_body();
+  constexpr auto kParts = mailbox::Below::going_with_it;
+  if (is_cut_short_ && has_body_of_file(kParts) && !has_held_parts(kParts)) drop_body();
   const bool is_readable = load_headers() != nullptr;
   Load();
   if (file_ && file_->failed()) refuse_cut_message();
@@ -99,15 +100,14 @@ bool CMessage::write_own_text(platform::ByteSink& sink, Place place) {
   return parts_ && parts_->Count() > 0;
 }
 
-bool CMessage::is_as_read() { return has_headers_of_file() && has_body_of_file(); }
+bool CMessage::is_as_read() { return has_headers_of_file() && has_body_of_file(mailbox::Below::everything); }
 
-bool CMessage::has_body_of_file() {
+bool CMessage::has_body_of_file(mailbox::Below which) {
   const auto is_changed = [](CMessage& part) { return part.text_was_put_ || !part.has_headers_of_file(); };
   if (text_was_put_) return false;
-  for (mailbox::CollectionsBelow below(*this); const auto* parts = below.next();) {
-    if (!(*parts)->is_as_scanned() || (*parts)->any_object(is_changed)) return false;
-  }
-  return true;
+  return !mailbox::CollectionsBelow(*this, which).has_any([&](const std::shared_ptr<CMessages>& parts) {
+    return !parts->is_as_scanned() || parts->any_object(is_changed);
+  });
 }
 
 bool CMessage::has_headers_of_file() {
@@ -120,22 +120,21 @@ bool CMessage::is_read_from(const platform::File* file, const mailbox::Extent& e
   return file_.get() == file && start_ == extent.start && end_ == extent.end;
 }
 
-bool CMessage::has_held_parts() const {
-  for (mailbox::CollectionsBelow below(*this); const auto* parts = below.next();) {
-    if (parts->use_count() > 1 || (*parts)->has_held_items()) return true;
-  }
-  return false;
+bool CMessage::has_held_parts() const { return has_held_parts(mailbox::Below::everything); }
+
+bool CMessage::has_held_parts(mailbox::Below which) const {
+  return mailbox::CollectionsBelow(*this, which).has_any([](const std::shared_ptr<CMessages>& parts) {
+    return parts.use_count() > 1 || parts->has_held_items();
+  });
 }
 
 bool CMessage::has_below(const CMessages& wanted) const {
-  for (mailbox::CollectionsBelow below(*this); const auto* parts = below.next();) {
-    if (parts->get() == &wanted) return true;
-  }
-  return false;
+  return mailbox::CollectionsBelow(*this).has_any(
+      [&](const std::shared_ptr<CMessages>& parts) { return parts.get() == &wanted; });
 }
 
 CMessage::Place CMessage::own_place() const {
-  return collection_ != nullptr && collection_->is_of_parts() ? Place::part : Place::alone;
+  return collection_ != nullptr && collection_->is_of_message() ? Place::part : Place::alone;
 }
 
 std::optional<std::string> CMessage::separator_line_for(Place place) const {

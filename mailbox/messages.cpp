@@ -34,7 +34,7 @@ CMessages::CMessages() : CMessages(OwnerLink()) {}
 CMessages::CMessages(OwnerLink owner) : owner_(std::move(owner)), separator_(mailbox::kWideSeparator) {}
 
 CMessages::CMessages(OwnerLink owner, CMessage& parent)
-    : owner_(std::move(owner)), parent_(&parent), separator_(mailbox::kWideSeparator) {}
+    : owner_(std::move(owner)), parent_(&parent), separator_(mailbox::kWideSeparator), is_of_parts_(true) {}
 
 CMessages::~CMessages() {
   for (const std::weak_ptr<CMessage>& removed : removed_) {
@@ -99,6 +99,7 @@ std::shared_ptr<CMessage> CMessages::object_at(std::size_t index) {
   object->remember_index(static_cast<std::int64_t>(index));
   if (owner_) owner_->recent.make_room();
   entry.keep(object);
+  first_object_ = std::min(first_object_, index);
   if (owner_) owner_->recent.add(object);
   return object;
 }
@@ -133,10 +134,6 @@ void CMessages::append_existing(std::vector<CMessage*>& to) const {
   for (const Entry& entry : items_) {
     if (entry.object()) to.push_back(entry.object().get());
   }
-}
-
-bool CMessages::has_objects() const {
-  return any_object([](const CMessage&) { return true; });
 }
 
 bool CMessages::has_held_items() const {
@@ -192,6 +189,7 @@ void CMessages::Add(const std::shared_ptr<CMessage>& message) {
   if (!message || message->has_below(*this)) throw Error(Status::invalid_argument);
   // Whole: the file it is read from may be closed before this collection is written.
   message->load_tree(true);
+  message->leave_tree();
   message->forget_index();
   append(message, Carries::its_own_line);
   mark_changed(owner_);
@@ -237,6 +235,7 @@ void CMessages::append(const std::shared_ptr<CMessage>& message, Carries line) {
 void CMessages::Remove(const CMessage& message) {
   const std::int64_t position = position_of(message);
   if (position < 0) throw Error(Status::invalid_argument);
+  object_at(static_cast<std::size_t>(position))->leave_tree();
   before_change();
   remember_removed(items_[static_cast<std::size_t>(position)]);
   items_.erase(static_cast<std::size_t>(position));
@@ -244,10 +243,17 @@ void CMessages::Remove(const CMessage& message) {
 }
 
 void CMessages::RemoveAll() {
+  leave_trees();
   before_change();
   for (const Entry& entry : items_) remember_removed(entry);
   items_.clear();
   mark_changed(owner_);
+}
+
+void CMessages::leave_trees() {
+  std::vector<std::shared_ptr<CMessage>> ways;
+  append_ways_down(ways);
+  for (const std::shared_ptr<CMessage>& message : ways) message->leave_tree();
 }
 
 void CMessages::remember_removed(const Entry& entry) {

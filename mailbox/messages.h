@@ -104,7 +104,6 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   std::shared_ptr<CMessage> for_walking(std::int64_t index);
   /// The messages that are held as objects are appended.
   void append_existing(std::vector<CMessage*>& to) const;
-  bool has_objects() const;
   /// Whether one of them is wanted.
   template <typename Predicate>
   bool any_object(Predicate is_wanted) const {
@@ -144,8 +143,10 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
 
   const OwnerLink& owner() const { return owner_; }
   CMessage* parent() const { return parent_; }
-  /// True for the parts of a message, which may have been let go.
-  bool is_of_parts() const { return parent_ != nullptr || is_detached(); }
+  /// True for the parts of a message that is there, or was let go.
+  bool is_of_message() const { return parent_ != nullptr || is_detached(); }
+  /// True also when their message is gone.
+  bool is_of_parts() const { return is_of_parts_; }
 
   // Parts that outlive the object of their message; see PartTree.
 
@@ -157,11 +158,20 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   void detach_from(std::int64_t message) noexcept;
   /// For the message made again.
   void attach_to(CMessage& message) noexcept;
-  /// Ends a detached collection of which nothing is wanted any longer.
-  void end_unless_wanted() noexcept;
-  /// Attachments know the place of a part here, so that this collection may not be made again.
-  void note_known_places() noexcept { has_known_places_ = true; }
-  bool has_known_places() const { return has_known_places_; }
+  /// Ends a detached collection that need not be kept.
+  void end_unless_kept() noexcept;
+  /// True when it is not just what would be made again.
+  bool must_be_kept() const;
+  /// For attachments, which look their parts up here.
+  void keep_for_attachments() noexcept { is_kept_for_attachments_ = true; }
+  /// True when all would be the same if it were made again with a message that attachments know, or do not know.
+  bool is_as_made_anew(bool with_attachments) const;
+  /// Appends the messages that have objects, and makes those of which something stands by itself.
+  void append_ways_down(std::vector<std::shared_ptr<CMessage>>& to);
+  /// See CMessage::leave_tree; for all messages.
+  void leave_trees();
+  /// The collection and its messages are in no tree any longer.
+  void leave_tree() noexcept;
 
   /// For a message that lets go of its parts, and of all below them, however deep that is. Needs no memory.
   static void release(std::shared_ptr<CMessages> parts) noexcept;
@@ -192,9 +202,12 @@ class CMessages : public std::enable_shared_from_this<CMessages> {
   std::shared_ptr<mailbox::PartTree> own_tree_;
   static constexpr std::int64_t kAttached = -1;
   std::int64_t detached_from_ = kAttached;
+  mutable std::size_t first_object_ = 0;  ///< no message in front of it has an object, unless the collection was edited
+  bool is_of_parts_ = false;
   bool is_edited_ = false;
   bool parts_were_read_ = false;
-  bool has_known_places_ = false;
+  bool is_kept_for_attachments_ = false;
+  bool has_lasting_traces_ = false;               ///< parts that were let go left more than that they were read
   std::string scanned_separator_;                 ///< the separator as the scan compared it
   std::vector<std::int64_t> removed_positions_;   ///< where scanned messages began that were removed since
   std::vector<std::weak_ptr<CMessage>> removed_;  ///< objects of removed messages, which others may hold

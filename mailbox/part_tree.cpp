@@ -12,10 +12,6 @@ std::shared_ptr<CMessages> PartTree::take(std::int64_t message) noexcept {
   return found ? std::move(found.mapped()) : nullptr;
 }
 
-std::shared_ptr<CMessages> PartTree::take_any(std::int64_t start, std::int64_t end) noexcept {
-  return has_detached(start, end) ? take(detached_.lower_bound(start)->first) : nullptr;
-}
-
 std::shared_ptr<CMessages> PartTree::take_any() noexcept {
   return detached_.empty() ? nullptr : take(detached_.begin()->first);
 }

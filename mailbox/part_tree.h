@@ -32,9 +32,8 @@ class PartTree {
   /// Null when there is none.
   std::shared_ptr<CMessages> detached_at(std::int64_t message) const;
   std::shared_ptr<CMessages> take(std::int64_t message) noexcept;
-  /// One of those whose messages begin from `start` to just before `end`.
-  std::shared_ptr<CMessages> take_any(std::int64_t start, std::int64_t end) noexcept;
   std::shared_ptr<CMessages> take_any() noexcept;
+  /// Whether there are some whose messages begin from `start` to just before `end`.
   bool has_detached(std::int64_t start, std::int64_t end) const;
   /// Good until something is detached or taken.
   using List = std::vector<const std::shared_ptr<CMessages>*>;

@@ -73,6 +73,7 @@ struct CVellobar::Collection {
 CVellobar::CVellobar() { use(new_collection()); }
 
 CVellobar::~CVellobar() {
+  keep_what_is_held();
   if (file_) file_->close();
   owner_->control = nullptr;
 }
@@ -90,6 +91,15 @@ void CVellobar::use(Collection next) noexcept {
   owner_ = std::move(next.owner);
   owner_->control = this;
   messages_ = std::move(next.messages);
+}
+
+/// What clients hold below messages that were let go stays below those that they hold. As far as there is memory for
+/// it.
+void CVellobar::keep_what_is_held() noexcept {
+  try {
+    messages_->leave_trees();
+  } catch (const std::exception&) {
+  }
 }
 
 void CVellobar::SetFilename(std::u16string_view filename) {
@@ -120,7 +130,10 @@ void CVellobar::Lock() {
 }
 
 void CVellobar::Unlock() {
-  if (Locked()) use(new_collection());
+  if (!Locked()) return;
+  Collection next = new_collection();
+  keep_what_is_held();
+  use(std::move(next));
 }
 
 void CVellobar::Update() {

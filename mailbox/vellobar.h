@@ -85,6 +85,7 @@ class CVellobar {
   struct Collection;
   static Collection new_collection();
   void use(Collection next) noexcept;
+  void keep_what_is_held() noexcept;
   void write_mailbox();
   void update_quietly();
 

@@ -69,8 +69,8 @@ void CMessage::load_body() {
   changed_ = false;
 }
 
-/// Takes up the parts that were left in the tree when the message was let go. Whatever has become of the file: they
-/// may hold what a client changed.
+/// Takes up the parts that were left in the tree when the message was let go. True when there are some; they stay
+/// there, and the text is not loaded, when it cannot be read whole.
 bool CMessage::take_up_parts() {
   const std::shared_ptr<mailbox::PartTree> tree = tree_.lock();
   const std::shared_ptr<CMessages> parts = tree ? tree->detached_at(start_) : nullptr;
@@ -78,15 +78,13 @@ bool CMessage::take_up_parts() {
   const mime::PartOutline::Multipart* const known = tree->outline().find(start_, body_offset_);
   std::string text(known != nullptr ? static_cast<std::size_t>(known->opening - body_offset_) : 0, '\0');
   const std::size_t got = file_->read(body_offset_, text.data(), text.size());
-  std::u16string boundary = parts->separator();
-  is_cut_short_ = known == nullptr || got < text.size();
-  text.resize(got);
-  body_ = std::move(text);
-  parts_boundary_ = std::move(boundary);
+  if (known == nullptr || got < text.size()) return true;
+  parts_boundary_ = parts->separator();
+  // From here on nothing needs memory.
   drop_parts();
   parts_ = tree->take(start_);
   parts_->attach_to(*this);
-  if (parts_were_read_) parts_->count_as_read();
+  body_ = std::move(text);
   return true;
 }
 
