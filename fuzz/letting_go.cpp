@@ -28,11 +28,12 @@ std::string seen_in_life(std::string_view content, std::string_view decisions) {
 }  // namespace
 
 void fuzz_letting_go(std::string_view input) {
-  constexpr std::size_t kMostKept = 3;
+  // A way down through many levels is held while it is longer than what is kept.
+  constexpr std::size_t kKept[] = {1, 2, 3, 8};
   constexpr std::size_t kMostNests = 3;
   constexpr std::size_t kMostDecisions = 1024;
   Choices choices(input);
-  const std::size_t kept = 1 + choices.below(kMostKept);
+  const std::size_t kept = choices.among(kKept);
   std::string content;
   for (std::size_t nests = choices.below(kMostNests + 1); nests > 0; --nests) content += nested_message(choices);
   const std::string_view decisions = choices.take(choices.below(256) * kMostDecisions / 256);

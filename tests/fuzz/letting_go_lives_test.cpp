@@ -15,7 +15,7 @@ namespace {
 #if defined(_WIN32) || defined(__SANITIZE_ADDRESS__)
 constexpr unsigned kLives = 30;
 #else
-constexpr unsigned kLives = 200;
+constexpr unsigned kLives = 100;
 #endif
 
 /// An input reads its decisions from its end: how many are kept, how many messages are made and how, how much is left
@@ -25,7 +25,7 @@ std::string random_life(unsigned seed) {
   std::mt19937 random(seed);
   const auto below = [&](std::size_t limit) { return static_cast<char>(random() % limit); };
   std::string decisions;
-  decisions += below(3);
+  decisions += below(4);
   const std::size_t made = 1 + random() % kMostMade;
   decisions += static_cast<char>(made);
   for (std::size_t i = 0; i < made; ++i) {
