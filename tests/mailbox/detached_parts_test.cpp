@@ -7,6 +7,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <system_error>
 
 #include "attachments/attachment.h"
@@ -48,6 +49,12 @@ class DetachedParts : public testing::Test {
     return part;
   }
 
+  /// Locks again, and from then on lets go of all but the last two.
+  void keep_few() {
+    mailbox_.control().Unlock();
+    few_ = std::make_unique<mailbox::FewRecentMessages>(2);
+    mailbox_.control().Lock();
+  }
   void read_others() {
     for (std::int64_t i = 1; i < mailbox_.count(); ++i) mailbox_.message(i)->Subject();
   }
@@ -81,6 +88,7 @@ class DetachedParts : public testing::Test {
     return content;
   }
 
+  std::unique_ptr<mailbox::FewRecentMessages> few_;
   Mailbox mailbox_{content()};
 };
 
@@ -236,6 +244,16 @@ TEST_F(DetachedParts, a_held_part_reads_on_after_an_update) {
 
 // ---- A collection that was edited, without an object in it
 
+/// The first change of the disk by which an update writes mail.
+std::int64_t first_write_of(std::string_view content) {
+  Mailbox mailbox(content);
+  mailbox.control().Lock();
+  FaultyFileSystem faultless;
+  const platform::FixedFileSystem fixed(faultless);
+  mailbox.control().Update();
+  return faultless.writes().front();
+}
+
 TEST_F(DetachedParts, a_removed_part_is_not_there_again_after_the_whole_text_was_read) {
   remove_deep_down();
   top()->Body();
@@ -243,15 +261,17 @@ TEST_F(DetachedParts, a_removed_part_is_not_there_again_after_the_whole_text_was
 }
 
 TEST_F(DetachedParts, a_removed_part_is_not_there_again_after_its_message_was_saved) {
+  keep_few();
   remove_deep_down();
   top()->Save(wide(mailbox_.path() + ".saved"));
+  read_others();
   expect_removed();
 }
 
 TEST_F(DetachedParts, a_removed_part_is_not_there_again_after_an_update_failed) {
   remove_deep_down();
   {
-    FaultyFileSystem disk(Fault::fails_from, 0);
+    FaultyFileSystem disk(Fault::fails, first_write_of(content()));
     const platform::FixedFileSystem fixed(disk);
     expect_error(ErrorNumber::cannot_update_mailbox, Reporter::vellobar, [&] { mailbox_.control().Update(); });
   }
@@ -260,9 +280,9 @@ TEST_F(DetachedParts, a_removed_part_is_not_there_again_after_an_update_failed) 
 
 TEST_F(DetachedParts, a_removed_part_is_not_written_by_an_update_that_has_no_room_where_it_writes_first) {
   remove_deep_down();
-  FaultyFileSystem full(Fault::fails, 1, std::make_error_code(std::errc::no_space_on_device));
+  FaultyFileSystem full(Fault::fails, first_write_of(content()), std::make_error_code(std::errc::no_space_on_device));
   const platform::FixedFileSystem fixed(full);
-  expect_removed();
+  EXPECT_EQ(written().find("second text"), std::string::npos);
 }
 
 TEST_F(DetachedParts, many_attachments_in_several_collections_keep_their_parts) {
@@ -304,30 +324,63 @@ TEST_F(DetachedParts, a_part_from_before_an_unload_does_not_take_what_was_change
   EXPECT_NE(written().find("Subject: put\r\n"), std::string::npos);
 }
 
-TEST_F(DetachedParts, what_is_changed_below_a_part_from_before_an_unload_stays_there) {
-  const std::shared_ptr<CMessage> before = outer();
-  before->Parts();
-  top()->Unload();
-  const auto of_before = [&] {
-    std::shared_ptr<CMessage> part = before->Parts()->Item(0)->Parts()->Item(1);
+/// A part four deep, and its grandparent from before an Unload with the collection that it had then.
+class PartsFromBefore : public testing::Test {
+ protected:
+  PartsFromBefore() {
+    mailbox_.control().Lock();
+    top_ = mailbox_.message(0);
+    before_ = down(down(top_));
+    before_->Parts();
+    down(top_)->Unload();
+  }
+
+  static std::shared_ptr<CMessage> down(const std::shared_ptr<CMessage>& message) { return message->Parts()->Item(0); }
+  static std::shared_ptr<CMessage> deepest_of(const std::shared_ptr<CMessage>& grandparent) {
+    std::shared_ptr<CMessage> part = down(down(grandparent));
     part->Headers();
     return part;
-  };
-  of_before()->SetSubject(u"put");
+  }
+  void read_others() {
+    for (std::int64_t i = 1; i < mailbox_.count(); ++i) mailbox_.message(i)->Subject();
+  }
+
+  static std::string content() {
+    std::string content = "Subject: deepest\n\ntext\n";
+    for (const std::string bound : {"fourth", "third", "second", "first"}) {
+      content.insert(0, "Content-Type: multipart/mixed; boundary=" + bound + "\n\n--" + bound + "\n");
+      content += "--" + bound + "--\n\n";
+    }
+    content.insert(0, "From a\n");
+    for (int i = 0; i < 10; ++i) content += "From b\nSubject: other\n\nx\n";
+    return content;
+  }
+
+  const mailbox::FewRecentMessages few_{8};
+  Mailbox mailbox_{content()};
+  std::shared_ptr<CMessage> top_, before_;
+};
+
+TEST_F(PartsFromBefore, what_is_changed_below_them_is_not_in_the_mailbox) {
+  deepest_of(before_)->SetSubject(u"put");
   read_others();
-  EXPECT_EQ(deepest()->Subject(), u"second");
-  top()->Unload();
-  EXPECT_EQ(of_before()->Subject(), u"put");
-  EXPECT_EQ(written().find("put"), std::string::npos);
+  EXPECT_EQ(deepest_of(down(down(top_)))->Subject(), u"deepest");
+  EXPECT_EQ(deepest_of(before_)->Subject(), u"put");
+  mailbox_.control().Update();
+  EXPECT_EQ(mailbox_.content().find("put"), std::string::npos);
 }
 
-TEST_F(DetachedParts, a_message_can_become_a_part_of_what_was_below_it_before_an_unload) {
-  const std::shared_ptr<CMessage> before = middle();
-  before->Parts();
-  outer()->Unload();
-  const std::shared_ptr<CMessage> held = before->Parts()->Item(1);
+TEST_F(PartsFromBefore, what_is_changed_below_them_stays_when_the_parts_of_now_are_unloaded) {
+  deepest_of(before_)->SetSubject(u"put");
   read_others();
-  held->Parts()->Add(outer());
+  down(top_)->Unload();
+  EXPECT_EQ(deepest_of(before_)->Subject(), u"put");
+}
+
+TEST_F(PartsFromBefore, the_message_of_now_can_be_added_below_them) {
+  const std::shared_ptr<CMessage> held = deepest_of(before_);
+  read_others();
+  held->Parts()->Add(down(top_));
   EXPECT_EQ(held->Parts()->Count(), 1);
 }
 
