@@ -151,7 +151,8 @@ bool CMessage::reads_the_same_again(std::size_t& patience) const noexcept {
 /// Because something of them stays, although the message is let go.
 bool CMessage::detach_parts() noexcept {
   const std::shared_ptr<mailbox::PartTree> tree = tree_.lock();
-  if (!tree || !is_as_found() || is_unloaded() || has_attachment_ || !parts_ || parts_.use_count() > 1) return false;
+  if (!tree || !tree->may_detach() || !parts_ || parts_.use_count() > 1) return false;
+  if (!is_as_found() || is_unloaded() || has_attachment_) return false;
   // Attachments are found once, whatever becomes of the parts.
   if (attachments_ && attachments_->were_found()) return false;
   // What was split otherwise would be split otherwise again.
@@ -167,6 +168,9 @@ bool CMessage::detach_parts() noexcept {
 }
 
 void CMessage::leave_tree() {
+  has_left_ = true;
+  const auto may_detach = [](const std::shared_ptr<mailbox::PartTree>& tree) { return tree && tree->may_detach(); };
+  if (!may_detach(tree_.lock()) && !(parts_ && may_detach(parts_->tree()))) return;
   // All are held for the while, so that none is let go.
   std::vector<std::shared_ptr<CMessage>> below;
   take_up_detached();
@@ -188,7 +192,7 @@ void CMessage::take_up_detached() {
   const std::shared_ptr<mailbox::PartTree> tree = tree_.lock();
   if (!tree || !tree->has_detached(start_, end_)) return;
   // A text that could not be read stands in the way.
-  if (is_cut_short_ && tree->detached_at(start_)) drop_body();
+  if (is_cut_short_ && (!parts_ || tree->detached_at(start_))) drop_body();
   load_body();
 }
 

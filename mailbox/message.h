@@ -355,6 +355,7 @@ class CMessage : public std::enable_shared_from_this<CMessage> {
   bool body_was_read_ = false;
   bool parts_were_read_ = false;
   bool scans_text_ = false;
+  bool has_left_ = false;             ///< its place, or lost the parts that it had there
   bool stays_whole_ = false;          ///< was loaded because its file may be closed
   bool has_attachment_ = false;       ///< and attachments know this part
   bool text_was_put_ = false;         ///< the body is not that of the file

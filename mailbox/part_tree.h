@@ -22,12 +22,16 @@ namespace mailbox {
 
 class PartTree {
  public:
-  explicit PartTree(std::shared_ptr<const mime::PartOutline> outline) : outline_(std::move(outline)) {}
+  PartTree(std::shared_ptr<const mime::PartOutline> outline, bool may_detach)
+      : outline_(std::move(outline)), may_detach_(may_detach) {}
 
   const mime::PartOutline& outline() const { return *outline_; }
 
   // Collections that stand by themselves, each with the position at which its message begins.
 
+  /// Only below a message that stands in a mailbox: one that clients alone hold may go at any time, and its tree with
+  /// it, while they go on holding something below.
+  bool may_detach() const { return may_detach_; }
   void detach(std::int64_t message, std::shared_ptr<CMessages> parts) { detached_[message] = std::move(parts); }
   /// Null when there is none.
   std::shared_ptr<CMessages> detached_at(std::int64_t message) const;
@@ -42,6 +46,7 @@ class PartTree {
 
  private:
   std::shared_ptr<const mime::PartOutline> outline_;
+  const bool may_detach_;
   std::map<std::int64_t, std::shared_ptr<CMessages>> detached_;
 };
 

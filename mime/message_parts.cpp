@@ -113,7 +113,8 @@ void CMessage::split_parts(std::int64_t from) {
   }
   is_cut_short_ = is_cut_short_ || (!outline->is_whole() && outline->end() < std::min(end_, file_->size()));
   // Had before anything is split. Without parts below its own the outline has done what it is for.
-  const auto tree = outline->has_multiparts() ? std::make_shared<mailbox::PartTree>(outline) : nullptr;
+  const bool is_in_mailbox = collection_ != nullptr && !collection_->is_of_parts() && !has_left_;
+  const auto tree = outline->has_multiparts() ? std::make_shared<mailbox::PartTree>(outline, is_in_mailbox) : nullptr;
   parts_->split(
       file_, parts_boundary_, [&](mailbox::ExtentSink& sink) { outline->take_parts(sink); }, tree);
   parts_->own(tree);

@@ -77,12 +77,12 @@ TEST(BlockSource, blocks_that_are_not_kept_open_say_the_same_as_those_that_are) 
 }
 
 TEST(BlockSource, blocks_that_nobody_holds_are_let_go_unless_they_were_changed) {
-  ManyBlocks mail(5000);
+  ManyBlocks mail(4200);
   const std::shared_ptr<CAttachment> held = mail.attachments().Item(100);
   const std::weak_ptr<CAttachment> let_go = mail.attachments().Item(101);
   mail.attachment(102).SetName(u"put");
   mail.attachment(103).SetEncoding(5);
-  for (std::int64_t i = 0; i < 5000; ++i) mail.attachment(i);
+  for (std::int64_t i = 0; i < 4200; ++i) mail.attachment(i);
   EXPECT_EQ(mail.attachments().Item(100), held);
   EXPECT_TRUE(let_go.expired());
   EXPECT_EQ(mail.attachment(101).Name(), u"f101");

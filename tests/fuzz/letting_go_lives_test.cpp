@@ -13,7 +13,7 @@ namespace vellobar {
 namespace {
 
 #if defined(_WIN32) || defined(__SANITIZE_ADDRESS__)
-constexpr unsigned kLives = 30;
+constexpr unsigned kLives = 15;
 #else
 constexpr unsigned kLives = 100;
 #endif
