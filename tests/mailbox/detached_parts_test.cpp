@@ -377,6 +377,17 @@ TEST_F(PartsFromBefore, what_is_changed_below_them_stays_when_the_parts_of_now_a
   EXPECT_EQ(deepest_of(before_)->Subject(), u"put");
 }
 
+TEST_F(PartsFromBefore, what_is_changed_below_them_stays_when_the_client_drops_what_is_above) {
+  std::shared_ptr<CMessage> dropped = down(top_);
+  top_->Unload();
+  dropped->Unload();
+  const std::shared_ptr<CMessage> held = down(dropped);
+  deepest_of(held)->SetSubject(u"put");
+  read_others();
+  dropped.reset();
+  EXPECT_EQ(deepest_of(held)->Subject(), u"put");
+}
+
 TEST_F(PartsFromBefore, the_message_of_now_can_be_added_below_them) {
   const std::shared_ptr<CMessage> held = deepest_of(before_);
   read_others();
@@ -543,6 +554,20 @@ TEST_F(DetachedParts, what_was_changed_below_a_message_that_could_not_be_read_fo
   held->Load();
   disk.fail_reads_from(std::numeric_limits<std::int64_t>::max());
   EXPECT_EQ(written(), with_subject("put"));
+}
+
+TEST_F(DetachedParts, what_was_changed_deep_below_a_message_that_could_not_be_read_for_a_while_goes_with_it) {
+  change_deep_down();
+  const std::shared_ptr<CMessage> held = outer();
+  FaultyFileSystem disk;
+  const platform::FixedFileSystem fixed(disk);
+  disk.fail_reads_from(0);
+  held->Load();
+  disk.fail_reads_from(std::numeric_limits<std::int64_t>::max());
+  mailbox_.control().Messages()->Remove(*top());
+  mailbox_.control().Messages()->Add(held);
+  mailbox_.control().Update();
+  EXPECT_NE(mailbox_.content().find("Subject: put\r\n"), std::string::npos);
 }
 
 }  // namespace
