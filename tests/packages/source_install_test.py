@@ -14,11 +14,12 @@ from pathlib import Path
 
 SOURCES = Path(__file__).resolve().parents[2]
 HEADERS = """
-    attachments/attachment.h attachments/attachments.h codecs/attachment_encoding.h codecs/decoder.h codecs/encoder.h
-    codecs/progress.h compose/composition.h errors/error.h headers/header.h headers/header_text.h
+    attachments/attachment.h attachments/attachments.h attachments/found_blocks.h attachments/made_attachments.h
+    codecs/attachment_encoding.h codecs/decoder.h codecs/encoder.h codecs/progress.h
+    compose/composition.h errors/error.h headers/header.h headers/header_text.h
     headers/headers.h headers/place_table.h mailbox/extent.h mailbox/item_iterator.h
     mailbox/made_on_use.h mailbox/message.h mailbox/message_entry.h mailbox/messages.h mailbox/owner.h
-    mailbox/recent_messages.h mailbox/vellobar.h content.h dates.h paths.h utf8.h vellobar.h
+    mailbox/recent_messages.h mailbox/snapshot.h mailbox/vellobar.h content.h dates.h paths.h utf8.h vellobar.h
 """.split()
 FILES = """
     bin/vellobar
