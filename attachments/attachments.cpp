@@ -232,8 +232,15 @@ void CAttachments::find_in_text(CMessage& message) {
 
 /// Most blocks are no objects before somebody asks for them; what is kept open is.
 void CAttachments::list(const std::u16string& name, const CodedRange& block) {
-  if (block.file) made_.keep(items_.size() + blocks_.size(), made(name, block));
-  blocks_.add(name, block);
+  const std::size_t position = items_.size() + blocks_.size();
+  if (block.file) made_.keep(position, made(name, block));
+  try {
+    blocks_.add(name, block);
+  } catch (...) {
+    // What is not listed must not keep its file open.
+    made_.drop(position);
+    throw;
+  }
 }
 
 std::shared_ptr<CAttachments> CMessage::Attachments() {

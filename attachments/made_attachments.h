@@ -22,6 +22,8 @@ class MadeAttachments {
   void keep(std::size_t position, std::shared_ptr<CAttachment> object);
   void lend(std::size_t position, std::shared_ptr<CAttachment> object);
 
+  void drop(std::size_t position) noexcept { by_position_.erase(position); }
+
   /// True when a client holds or changed one of them.
   bool has_held_or_changed() const noexcept;
 
