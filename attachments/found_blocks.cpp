@@ -1,6 +1,5 @@
 #include "attachments/found_blocks.h"
 
-#include <cstdint>
 #include <utility>
 
 #include "attachments/attachment.h"
@@ -30,7 +29,7 @@ void FoundBlocks::add(std::u16string_view name, const CodedRange& range) {
   const Ends before = ends_before(size());
   append(names_, before.name, name);
   append(files_, before.file, file);
-  blocks_.push_back({names_.size(), files_.size(), before.size + static_cast<std::size_t>(range.end - range.start)});
+  blocks_.push_back({names_.size(), files_.size(), before.size + range.end - range.start});
 }
 
 std::u16string FoundBlocks::name(std::size_t index) const {
@@ -43,10 +42,7 @@ CodedRange FoundBlocks::range(std::size_t index) const {
   const Ends& ends = blocks_[index];
   std::string path = files_.substr(before.file, ends.file - before.file);
   if (path.find_first_of(kSeparators) == path.npos) path.insert(0, folder_);
-  return {.file = nullptr,
-          .start = 0,
-          .end = static_cast<std::int64_t>(ends.size - before.size),
-          .reopened_from = std::move(path)};
+  return {.file = nullptr, .start = 0, .end = ends.size - before.size, .reopened_from = std::move(path)};
 }
 
 }  // namespace vellobar::attachments

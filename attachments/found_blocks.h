@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -29,7 +30,8 @@ class FoundBlocks {
  private:
   /// Where that of a block ends; it begins where that of the block before ends.
   struct Ends {
-    std::size_t name = 0, file = 0, size = 0;
+    std::size_t name = 0, file = 0;
+    std::int64_t size = 0;
   };
 
   Ends ends_before(std::size_t index) const { return index == 0 ? Ends() : blocks_[index - 1]; }
