@@ -65,21 +65,23 @@ BufferDecoder decoder_of(std::u16string_view lower_name) {
   return nullptr;
 }
 
-/// A body with its transfer encoding undone. Long bodies: no copy of it lives longer than it is needed.
-std::string transfer_decoded(const std::string& body, BufferDecoder decode) {
+/// A body with its transfer encoding undone; where it cannot stay as it is, `room` holds it. Long bodies: no copy of it
+/// lives longer than it is needed.
+std::string_view transfer_decoded(std::string_view body, BufferDecoder decode, std::string& room) {
   const int code_page = platform::process_code_page();
   // Between its conversions the text is bytes in the process code page. The length that counts is that of the wide
   // text; deliberate, see a_decoder_takes_as_many_bytes_as_the_wide_text_has_characters.
-  std::string narrow;
   std::string_view coded = body;
   std::size_t length = body.size();
   if (!platform::is_ascii(body) || !platform::keeps_ascii(code_page)) {
     const std::u16string text = platform::widen(code_page, body);
     length = text.size();
-    narrow = platform::narrow(code_page, text);
-    coded = narrow;
+    room = platform::narrow(code_page, text);
+    coded = room;
   }
-  return decode != nullptr ? decode(coded.substr(0, length)) : std::string(coded);
+  if (decode == nullptr) return coded;
+  room = decode(coded.substr(0, length));
+  return room;
 }
 
 std::string read_whole(const std::string& path) {
@@ -166,9 +168,9 @@ std::u16string CMessage::transfer_decoded_text(CMessage& charset_source) {
   if (!body_) throw Error(ErrorNumber::cannot_load_text, Reporter::message);
   const std::u16string encoding = lower(ContentTransferEncoding());
   if (encoding.empty()) return Text();
-  const std::string decoded = transfer_decoded(*body_, decoder_of(encoding));
-  std::u16string result =
-      platform::widen(charset_source.code_page(), std::string_view(decoded).substr(0, decoded.find('\0')));
+  std::string room;
+  const std::string_view decoded = transfer_decoded(*body_, decoder_of(encoding), room);
+  std::u16string result = platform::widen(charset_source.code_page(), decoded.substr(0, decoded.find('\0')));
   if (result.empty()) return Text();
   // Deliberate: the last character goes; see the_last_character_of_a_decoded_text_is_dropped.
   result.pop_back();
