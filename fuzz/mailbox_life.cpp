@@ -273,7 +273,6 @@ void MailboxLife::remove_part(Choices& choices) {
 
 void MailboxLife::attach(Choices& choices) {
   const auto chosen = any_message(choices);
-  leaves_files_ = true;
   chosen->Attachments()->Add(piece_in_file(choices), static_cast<int>(choices.below(6)));
 }
 
