@@ -59,10 +59,10 @@ class SavingFolder {
   SavingFolder(const SavingFolder&) = delete;
   SavingFolder& operator=(const SavingFolder&) = delete;
 
-  static std::string outer() { return scratch_folder().path("outer"); }
+  static std::string outer() { return in_scratch("outer"); }
   static std::string inner() { return (fs::path(outer()) / "middle" / "inner").string(); }
   static std::size_t saved() { return files_below(inner()).size(); }
-  static std::size_t anywhere() { return files_below(scratch_folder().path("")).size(); }
+  static std::size_t anywhere() { return files_below(in_scratch("")).size(); }
 
  private:
   fs::path before_;
@@ -84,8 +84,8 @@ void fuzz_attachments(std::string_view input) {
   const int code_page = choices.among(kCodePages);
   const bool scans_text = choices.flip();
   require_safe(platform::widen(choices.flip() ? platform::kUtf8CodePage : 0, choices.text()), code_page);
-  const platform::FixedTemporaryFolder temporary(scratch_folder().path("temporary/"));
-  fs::create_directories(scratch_folder().path("temporary"));
+  const platform::FixedTemporaryFolder temporary(in_scratch("temporary/"));
+  fs::create_directories(in_scratch("temporary"));
   {
     const auto file = file_of(choices.text());
     const auto message = std::make_shared<CMessage>(nullptr, nullptr, file, mailbox::Extent{0, file->size(), 0, false});
@@ -98,7 +98,7 @@ void fuzz_attachments(std::string_view input) {
       for (std::int64_t i = 0; i < std::min<std::int64_t>(count, 20); ++i) require_saved_here(*attachments->Item(i));
     });
   }
-  fs::remove_all(scratch_folder().path("temporary"));
+  fs::remove_all(in_scratch("temporary"));
 }
 
 }  // namespace vellobar::fuzz

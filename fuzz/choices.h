@@ -2,7 +2,9 @@
 // text it is done to. So the text of an input reads as it is, and stays in place when more decisions follow.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 
 namespace vellobar::fuzz {
@@ -22,6 +24,16 @@ class Choices {
   template <typename Item, std::size_t kCount>
   const Item& among(const Item (&items)[kCount]) {
     return items[below(kCount)];
+  }
+  /// An item of a collection; an empty one is asked for its first.
+  template <typename Collection>
+  auto item_of(Collection& collection) {
+    return collection.Item(static_cast<std::int64_t>(below(256)) % std::max<std::int64_t>(collection.Count(), 1));
+  }
+  /// A piece of a text, at most 255 bytes long.
+  std::string_view piece_of(std::string_view text) {
+    const std::size_t from = below(64) * text.size() / 64;
+    return text.substr(from, below(256));
   }
   bool has_more() const { return !rest_.empty(); }
 

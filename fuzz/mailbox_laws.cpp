@@ -16,6 +16,8 @@ namespace {
 
 constexpr std::size_t kLongestLine = 16384;
 constexpr std::size_t kLongestUnwrittenDelimiter = 5;
+/// What the boundaries that are made begin with.
+constexpr std::string_view kMadeBoundary = "----=_NextPart_";
 
 std::string bytes(std::u16string_view text) { return platform::narrow(platform::kThreadCodePage, text); }
 
@@ -128,13 +130,14 @@ std::size_t tree_size(CMessage& top, std::size_t most) {
 }
 
 std::string with_plain_boundaries(std::string file) {
-  constexpr std::string_view kMade = "----=_NextPart_";
   constexpr std::size_t kAddress = 8;
-  for (std::size_t at = file.find(kMade); at != file.npos; at = file.find(kMade, at + 1)) {
-    const std::size_t digits = at + kMade.size();
+  for (std::size_t at = file.find(kMadeBoundary); at != file.npos; at = file.find(kMadeBoundary, at + 1)) {
+    const std::size_t digits = at + kMadeBoundary.size();
     if (digits + kAddress <= file.size()) file.replace(digits, kAddress, kAddress, '#');
   }
   return file;
 }
+
+bool has_made_boundary(std::string_view bytes) { return bytes.find(kMadeBoundary) != bytes.npos; }
 
 }  // namespace vellobar::fuzz

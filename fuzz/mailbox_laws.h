@@ -38,4 +38,7 @@ std::size_t tree_size(CMessage& message, std::size_t most);
 /// Boundaries that the component makes hold an address of memory; here they hold none.
 std::string with_plain_boundaries(std::string file);
 
+/// Whether such a boundary stands in the bytes. Once it is decoded it cannot be told from other text.
+bool has_made_boundary(std::string_view bytes);
+
 }  // namespace vellobar::fuzz

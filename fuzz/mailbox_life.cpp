@@ -1,6 +1,5 @@
 #include "fuzz/mailbox_life.h"
 
-#include <algorithm>
 #include <filesystem>
 
 #include "attachments/attachments.h"
@@ -21,8 +20,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::size_t kMostHeld = 8;
-
-std::string in_scratch(std::string_view name) { return scratch_folder().path(name); }
 
 std::size_t count_files(const std::string& folder) {
   return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder), fs::directory_iterator()));
@@ -158,11 +155,7 @@ const std::vector<MailboxLife::Step>& MailboxLife::careless_steps() {
   return all;
 }
 
-std::shared_ptr<CMessage> MailboxLife::message(Choices& choices) {
-  const auto& messages = control_.Messages();
-  const std::int64_t count = std::max<std::int64_t>(messages->Count(), 1);
-  return messages->Item(static_cast<std::int64_t>(choices.below(256)) % count);
-}
+std::shared_ptr<CMessage> MailboxLife::message(Choices& choices) { return choices.item_of(*control_.Messages()); }
 
 std::shared_ptr<CMessage> MailboxLife::loaded_message(Choices& choices) {
   const auto chosen = message(choices);
@@ -175,10 +168,7 @@ std::shared_ptr<CMessage> MailboxLife::any_message(Choices& choices) {
   return held_[choices.below(held_.size())];
 }
 
-std::u16string MailboxLife::piece(Choices& choices) {
-  const std::size_t from = choices.below(64) * content_.size() / 64;
-  return platform::widen(0, std::string_view(content_).substr(from, choices.below(256)));
-}
+std::u16string MailboxLife::piece(Choices& choices) { return platform::widen(0, choices.piece_of(content_)); }
 
 std::u16string MailboxLife::piece_in_file(Choices& choices) {
   const std::string path = in_scratch("files/" + std::to_string(count_files(in_scratch("files"))));
@@ -273,7 +263,6 @@ void MailboxLife::remove_part(Choices& choices) {
 
 void MailboxLife::attach(Choices& choices) {
   const auto chosen = any_message(choices);
-  leaves_files_ = true;
   chosen->Attachments()->Add(piece_in_file(choices), static_cast<int>(choices.below(6)));
 }
 

@@ -92,7 +92,6 @@ class MailboxLife {
   CVellobar control_;
   std::vector<std::shared_ptr<CMessage>> held_;
   std::string delivered_;
-  bool leaves_files_ = false;
 };
 
 }  // namespace vellobar::fuzz

@@ -15,8 +15,10 @@ const tests::TemporaryFolder& scratch_folder() {
   return folder;
 }
 
+std::string in_scratch(std::string_view name) { return scratch_folder().path(name); }
+
 void make_empty_scratch_folder(std::string_view name) {
-  const std::string folder = scratch_folder().path(name);
+  const std::string folder = in_scratch(name);
   fs::create_directories(folder);
   for (const fs::directory_entry& entry : fs::directory_iterator(folder)) fs::remove_all(entry.path());
 }

@@ -12,6 +12,8 @@
 namespace vellobar::fuzz {
 
 const tests::TemporaryFolder& scratch_folder();
+/// Path of a file in it.
+std::string in_scratch(std::string_view name);
 
 /// Makes a folder in it, or takes out all that one holds.
 void make_empty_scratch_folder(std::string_view name);

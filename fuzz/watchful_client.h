@@ -1,16 +1,19 @@
 // A client that holds objects of a mailbox at every depth for long, edits and reads them as a row of decisions says,
 // and writes down all that it sees. What two mailboxes show the same decisions can be compared byte by byte: where
-// something is made at random it is made alike or left out.
+// something is made at random it is made alike or left out. Each section of the class has a file of its own:
+// watchful_client_reading.cpp and so on.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "fuzz/choices.h"
+#include "fuzz/held_objects.h"
 #include "mailbox/snapshot.h"
 #include "mailbox/vellobar.h"
 #include "platform/temporary_file.h"
@@ -25,47 +28,6 @@ class CMessages;
 }  // namespace vellobar
 
 namespace vellobar::fuzz {
-
-/// The objects of one kind that a client holds, the last few of them.
-template <typename Object>
-class HeldObjects {
- public:
-  void hold(std::shared_ptr<Object> object) {
-    constexpr std::size_t kMost = 6;
-    if (objects_.size() < kMost) {
-      objects_.push_back(std::move(object));
-    } else {
-      objects_[oldest_++ % kMost] = std::move(object);
-    }
-  }
-  void let_go(Choices& choices) {
-    if (!objects_.empty())
-      objects_.erase(objects_.begin() + static_cast<std::ptrdiff_t>(choices.below(objects_.size())));
-  }
-  template <typename Predicate>
-  void let_go_if(Predicate is_meant) {
-    std::erase_if(objects_, [&](const std::shared_ptr<Object>& object) { return is_meant(*object); });
-  }
-  void clear() { objects_.clear(); }
-
-  /// Null when there is none.
-  std::shared_ptr<Object> any(Choices& choices) const {
-    return objects_.empty() ? nullptr : objects_[choices.below(objects_.size())];
-  }
-  const std::vector<std::shared_ptr<Object>>& all() const { return objects_; }
-
-  /// Which of them that object is, for the record.
-  std::string place_of(const std::shared_ptr<Object>& object) const {
-    for (std::size_t i = 0; i < objects_.size(); ++i) {
-      if (objects_[i] == object) return "held " + std::to_string(i) + ' ';
-    }
-    return object ? "not held " : "none ";
-  }
-
- private:
-  std::vector<std::shared_ptr<Object>> objects_;
-  std::size_t oldest_ = 0;
-};
 
 class WatchfulClient {
  public:
@@ -90,20 +52,34 @@ class WatchfulClient {
   };
   static const std::vector<Step>& steps();
 
+  // ---- Reading ----
+
   void glance(Choices&);
   void read_tree(Choices&);
   void read_headers_of_all(Choices&);
   void read_parts_of_all(Choices&);
+  void begin_walk(Choices&);
+  void walk_on(Choices&);
+  void read_held(Choices&);
+  void load(Choices&);
+  void save(Choices&);
+  void save_attachment(Choices&);
+
+  // ---- Holding ----
+
   void hold_message(Choices&);
   void hold_parts(Choices&);
   void hold_headers(Choices&);
   void hold_header(Choices&);
   void hold_attachments(Choices&);
   void hold_attachment(Choices&);
-  void begin_walk(Choices&);
-  void walk_on(Choices&);
-  void read_held(Choices&);
   void let_go(Choices&);
+  /// What a closed file held is there as far as it was read and kept, unless an update reads it whole. So objects that
+  /// are in no mailbox any longer are held on to only as long as no file is closed.
+  void let_go_of_strays();
+
+  // ---- Editing ----
+
   void add_header(Choices&);
   void remove_header(Choices&);
   void put_header(Choices&);
@@ -121,18 +97,19 @@ class WatchfulClient {
   void remove_all(Choices&);
   void attach(Choices&);
   void change_attachment(Choices&);
-  void save_attachment(Choices&);
   void scan_text(Choices&);
-  void load(Choices&);
   void unload(Choices&);
   void peek(Choices&);
-  void save(Choices&);
+
+  // ---- The files of the mailboxes ----
+
   void deliver(Choices&);
   void update(Choices&);
   void update_other(Choices&);
   void lock_again(Choices&);
 
-  class Reachable;
+  // ---- Choosing ----
+
   /// A message of one of the mailboxes, one that is held, or a part below any of these, however deep.
   Message message(Choices& choices);
   Message top(Choices& choices);
@@ -151,17 +128,16 @@ class WatchfulClient {
   std::u16string piece(Choices& choices) const;
   std::u16string piece_in_file(Choices& choices);
 
-  /// What a closed file held is there as far as it was read and kept, unless an update reads it whole. So objects that
-  /// are in no mailbox any longer are held on to only as long as no file is closed.
-  void let_go_of_strays();
+  // ---- Notes of what is seen ----
 
   /// Writes down what the call returns or the error it throws.
-  template <typename Call>
-  void note(const char* what, Call call);
+  void note(const char* what, const std::function<std::string()>& call);
   void note_message(CMessage& message);
+  void note_tag(CMessage& message);
   void note_attachment(const CAttachment& attachment);
   void note_all_held();
   void note_file(const CVellobar& control);
+  static std::string shown(std::u16string_view text);
 
   std::string content_;
   bool reads_attachments_;
