@@ -196,7 +196,10 @@ void MailboxLife::read(Choices& choices) {
 }
 
 void MailboxLife::add_header(Choices& choices) {
-  loaded_message(choices)->Headers()->Add(choices.among(kNames), choices.among(kValues));
+  // Arguments are put together in any order; decisions are taken in one.
+  const auto headers = loaded_message(choices)->Headers();
+  const std::u16string_view name = choices.among(kNames);
+  headers->Add(name, choices.among(kValues));
 }
 
 void MailboxLife::remove_header(Choices& choices) {
@@ -263,7 +266,8 @@ void MailboxLife::remove_part(Choices& choices) {
 
 void MailboxLife::attach(Choices& choices) {
   const auto chosen = any_message(choices);
-  chosen->Attachments()->Add(piece_in_file(choices), static_cast<int>(choices.below(6)));
+  const std::u16string file = piece_in_file(choices);
+  chosen->Attachments()->Add(file, static_cast<int>(choices.below(6)));
 }
 
 void MailboxLife::load(Choices& choices) { any_message(choices)->Load(); }

@@ -124,10 +124,19 @@ std::error_code copy_extended_attributes(const std::string& from) {
   return would_lose ? error(ERROR_NOT_SUPPORTED) : std::error_code();
 }
 
+bool is_read_only(const std::string& path) noexcept {
+  const DWORD attributes = ::GetFileAttributesA(path.c_str());
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+}
+
 class WindowsFileSystem final : public FileSystem {
  public:
   std::error_code open(const std::string& path, Opening how, OpenFile& file) noexcept override {
-    file = open_whole(path, way_of(how));
+    const Way way = way_of(how);
+    file = kNoFile;
+    // Windows says the same. Wine lets a privileged user write such a file, but not delete it once it was replaced.
+    if (way.access != GENERIC_READ && is_read_only(path)) return error(ERROR_ACCESS_DENIED);
+    file = open_whole(path, way);
     const std::error_code failure = result(file != kNoFile);
     const bool is_held = how == Opening::claim && failure.value() == ERROR_SHARING_VIOLATION;
     return is_held ? std::make_error_code(std::errc::resource_unavailable_try_again) : failure;
