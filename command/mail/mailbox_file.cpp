@@ -30,7 +30,8 @@ std::shared_ptr<platform::File> open_mail(const std::string& path) {
 MailboxFile::MailboxFile(const std::string& path) : MailboxFile(path, open_mail(path)) {}
 
 MailboxFile::MailboxFile(std::string path, std::shared_ptr<platform::File> file)
-    : path_(std::move(path)), file_(std::move(file)) {
+    : path_(std::move(path)), file_(std::move(file)), owner_(std::make_shared<Owner>()) {
+  owner_->recent.allow_for(file_->size());
   mailbox::ScanOptions options;
   options.first_chunk = kEndlessChunk;
   const mailbox::ScanResult scanned = mailbox::scan(*file_, 0, file_->size(), mailbox::kSeparator, extents_, options);
@@ -42,7 +43,7 @@ std::int64_t MailboxFile::size() const { return file_->size(); }
 std::string MailboxFile::described_count() const { return "holds " + counted_messages(count()) + ", counted from 0"; }
 
 std::shared_ptr<CMessage> MailboxFile::message(std::int64_t index) const {
-  return std::make_shared<CMessage>(nullptr, nullptr, file_, extent(index));
+  return std::make_shared<CMessage>(owner_, nullptr, file_, extent(index));
 }
 
 void MailboxFile::copy(std::int64_t index, platform::ByteSink& to) const {

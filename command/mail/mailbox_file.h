@@ -9,6 +9,7 @@
 #include <string>
 
 #include "mailbox/extent.h"
+#include "mailbox/owner.h"
 
 namespace vellobar {
 class CMessage;
@@ -51,6 +52,7 @@ class MailboxFile {
  private:
   std::string path_;
   std::shared_ptr<platform::File> file_;
+  OwnerLink owner_;  ///< without a control; lets go of parts that nobody holds
   mailbox::ExtentTable extents_;
 };
 

@@ -151,15 +151,15 @@ std::u16string without_controls(std::u16string_view text) {
 
 std::string shown_line(std::u16string_view text) { return terminal_bytes(without_controls(text)); }
 
-std::string shown_text(std::u16string_view text) {
-  std::u16string shown;
-  shown.reserve(text.size());
+std::string shown_text(std::u16string text) {
+  std::size_t size = 0;
   for (std::size_t i = 0; i < text.size(); ++i) {
     const char16_t c = text[i];
     if (c == u'\r' && i + 1 < text.size() && text[i + 1] == u'\n') continue;
-    shown += is_control(c) && c != u'\n' && c != u'\t' ? u'?' : c;
+    text[size++] = is_control(c) && c != u'\n' && c != u'\t' ? u'?' : c;
   }
-  return terminal_bytes(shown);
+  text.resize(size);
+  return terminal_bytes(text);
 }
 
 }  // namespace vellobar::command

@@ -45,6 +45,6 @@ std::string emphasised(Emphasis how, const std::string& text);
 std::string emphasised_error(const std::string& text);
 
 /// Text of several lines: tabs and line ends stay, a CR LF becomes a line feed, other control characters show as "?".
-std::string shown_text(std::u16string_view text);
+std::string shown_text(std::u16string text);
 
 }  // namespace vellobar::command

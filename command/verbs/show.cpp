@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "attachments/attachment.h"
@@ -11,6 +12,7 @@
 #include "command/mail/attachment_rows.h"
 #include "command/mail/header_values.h"
 #include "command/mail/mailbox_file.h"
+#include "command/mail/part_places.h"
 #include "command/output/failure.h"
 #include "command/output/json.h"
 #include "command/output/terminal.h"
@@ -56,9 +58,11 @@ void show_headers(CMessage& message) {
 /// A part's text in the charset that the part itself names.
 std::u16string text_of_part(CMessage& part, std::u16string (CMessage::*decoded_text)()) {
   if (!part.ContentTransferEncoding().empty()) return (part.*decoded_text)();
-  const std::u16string text = part.Text();
-  const std::u16string read = platform::widen(part.code_page(), platform::narrow(platform::process_code_page(), text));
-  return read.empty() ? text : read;
+  // As few copies at a time as can be: a text may be most of the mailbox.
+  const std::string bytes = platform::narrow(platform::process_code_page(), part.Text());
+  std::u16string read = platform::widen(part.code_page(), bytes);
+  if (read.empty()) return part.Text();
+  return read;
 }
 
 std::u16string readable_text(CMessage& message) {
@@ -78,37 +82,15 @@ std::u16string type_of(CMessage& part) {
   return type.substr(0, type.find(u';'));
 }
 
-/// Calls the visitor for each part with its place below the message ("1.0"). The tree is walked with a stack of its
-/// own: mail can nest deeper than the program's.
-template <typename Visit>
-void for_each_part(CMessage& message, Visit visit) {
-  struct Level {
-    std::shared_ptr<CMessages> parts;
-    std::int64_t next;
-    std::string place;
-  };
-  std::vector<Level> levels{{message.Parts(), 0, ""}};
-  while (!levels.empty()) {
-    Level& level = levels.back();
-    if (level.next == level.parts->Count()) {
-      levels.pop_back();
-      continue;
-    }
-    const std::shared_ptr<CMessage> part = level.parts->Item(level.next);
-    const std::string place = level.place + std::to_string(level.next++);
-    visit(*part, place);
-    levels.push_back({part->Parts(), 0, place + "."});
-  }
-}
-
 void show_tree(CMessage& message) {
   if (message.Parts()->Count() == 0) return;
   std::printf("\nParts:\n");
-  for_each_part(message, [](CMessage& part, const std::string& place) {
+  const std::int64_t too_deep = for_each_listed_part(message, [](CMessage& part, const std::string& place) {
     const std::u16string type = type_of(part);
     std::printf("  %s %s, %lld bytes\n", place.c_str(), type.empty() ? "no type" : shown_line(type).c_str(),
                 static_cast<long long>(part.Size()));
   });
+  if (too_deep > 0) std::printf("  %lld more, deeper than %zu\n", static_cast<long long>(too_deep), kDeepestListed);
 }
 
 void show_attachments(CMessage& message) {
@@ -131,12 +113,13 @@ void show_message(CMessage& message, const ShowOptions& options) {
   show_attachments(message);
 }
 
-Json parts_of(CMessage& message) {
+void add_parts(CMessage& message, Json& object) {
   Json parts = Json::array();
-  for_each_part(message, [&](CMessage& part, const std::string& place) {
+  const std::int64_t too_deep = for_each_listed_part(message, [&](CMessage& part, const std::string& place) {
     parts.push_back({{"part", place}, {"type", json_text(type_of(part))}, {"size", part.Size()}});
   });
-  return parts;
+  object["parts"] = std::move(parts);
+  if (too_deep > 0) object["deeper_parts"] = too_deep;
 }
 
 void print_object(std::int64_t index, CMessage& message, const ShowOptions& options) {
@@ -147,7 +130,7 @@ void print_object(std::int64_t index, CMessage& message, const ShowOptions& opti
               {"headers", headers_array(*message.Headers())}};
   if (!options.headers_only) {
     object["text"] = json_text(readable_text(message));
-    object["parts"] = parts_of(message);
+    add_parts(message, object);
     object["attachments"] = attachments_array(message);
   }
   print_json(object);

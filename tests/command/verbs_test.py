@@ -115,6 +115,16 @@ class Reading(Verbs):
         self.assertEqual([(p["part"], p["type"]) for p in shown["parts"]], [("0", "text/plain"), ("1", "application/zip")])
         self.assertEqual(shown["attachments"], [
             {"attachment": 0, "name": "../a.zip", "type": "application/zip", "encoding": "base64", "size": 3}])
+        self.assertNotIn("deeper_parts", shown)
+
+    def test_show_counts_parts_that_nest_too_deep_to_be_listed(self):
+        openings = b"".join(b"Content-Type: multipart/mixed; boundary=level%de\n\n--level%de\n" % (n, n) for n in range(250))
+        closings = b"".join(b"--level%de--\n" % n for n in reversed(range(250)))
+        self.write("deep", b"From a\n" + openings + b"Content-Type: text/plain\n\nthe heart\n" + closings)
+        (shown,) = self.objects("show", "deep", "0")
+        self.assertEqual([p["part"] for p in shown["parts"]], [".".join(["0"] * depth) for depth in range(1, 101)])
+        self.assertEqual((shown["deeper_parts"], shown["text"]), (150, "the heart\n"))
+        self.assertTrue(self.run_text("show", "deep", "0").endswith(" bytes\n  150 more, deeper than 100\n"))
 
     def test_attachments_gives_one_object_an_attachment(self):
         self.assertEqual(self.objects("attachments", "box"), [
