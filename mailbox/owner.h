@@ -1,6 +1,6 @@
 // The way back from a record to the control. All records of one locked mailbox share one `Owner`; the control clears it
-// once, when it lets go of them (unlock, or its own end), and from then on none of them can reach it. Records that
-// belong to no mailbox hold no owner at all.
+// once, when it lets go of them (unlock, or its own end), and from then on none of them can reach it. An owner
+// that never had a control only lets go of parts; records that belong to no mailbox hold no owner at all.
 #pragma once
 
 #include <memory>

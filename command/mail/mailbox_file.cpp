@@ -8,6 +8,7 @@
 #include "command/output/path.h"
 #include "command/output/standard_streams.h"
 #include "mailbox/message.h"
+#include "mailbox/owner.h"
 #include "mailbox/scanner.h"
 #include "mailbox/separator_line.h"
 #include "platform/file.h"
@@ -30,8 +31,7 @@ std::shared_ptr<platform::File> open_mail(const std::string& path) {
 MailboxFile::MailboxFile(const std::string& path) : MailboxFile(path, open_mail(path)) {}
 
 MailboxFile::MailboxFile(std::string path, std::shared_ptr<platform::File> file)
-    : path_(std::move(path)), file_(std::move(file)), owner_(std::make_shared<Owner>()) {
-  owner_->recent.allow_for(file_->size());
+    : path_(std::move(path)), file_(std::move(file)) {
   mailbox::ScanOptions options;
   options.first_chunk = kEndlessChunk;
   const mailbox::ScanResult scanned = mailbox::scan(*file_, 0, file_->size(), mailbox::kSeparator, extents_, options);
@@ -43,7 +43,10 @@ std::int64_t MailboxFile::size() const { return file_->size(); }
 std::string MailboxFile::described_count() const { return "holds " + counted_messages(count()) + ", counted from 0"; }
 
 std::shared_ptr<CMessage> MailboxFile::message(std::int64_t index) const {
-  return std::make_shared<CMessage>(owner_, nullptr, file_, extent(index));
+  // An owner of its own, without a control: it lets go of parts that nobody holds, and goes with the message.
+  auto owner = std::make_shared<Owner>();
+  owner->recent.allow_for(extent(index).end - extent(index).start);
+  return std::make_shared<CMessage>(std::move(owner), nullptr, file_, extent(index));
 }
 
 void MailboxFile::copy(std::int64_t index, platform::ByteSink& to) const {

@@ -9,7 +9,6 @@
 #include <string>
 
 #include "mailbox/extent.h"
-#include "mailbox/owner.h"
 
 namespace vellobar {
 class CMessage;
@@ -52,7 +51,6 @@ class MailboxFile {
  private:
   std::string path_;
   std::shared_ptr<platform::File> file_;
-  OwnerLink owner_;  ///< without a control; lets go of parts that nobody holds
   mailbox::ExtentTable extents_;
 };
 

@@ -5,7 +5,6 @@
 #include <string>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 #include "attachments/attachment.h"
 #include "attachments/attachments.h"
@@ -45,7 +44,7 @@ std::string shown_value(std::u16string_view value) {
     lines += c;
   }
   if (lines.ends_with(u'\n')) lines += u'\t';
-  return shown_text(lines);
+  return shown_text(std::move(lines));
 }
 
 void show_headers(CMessage& message) {

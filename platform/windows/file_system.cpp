@@ -55,12 +55,25 @@ Way way_of(Opening how) noexcept {
   return {GENERIC_READ, FILE_SHARE_DELETE, OPEN_EXISTING};
 }
 
+/// Whether a file is there that is marked read-only and would be written. Windows refuses to open it; Wine lets a
+/// privileged user write it, but not delete it once it was replaced.
+bool would_write_read_only(const std::string& path, const Way& way) noexcept {
+  if ((way.access & (GENERIC_WRITE | FILE_APPEND_DATA)) == 0 || way.how == CREATE_NEW) return false;
+  const DWORD attributes = ::GetFileAttributesA(path.c_str());
+  // A link has attributes of its own.
+  return attributes != INVALID_FILE_ATTRIBUTES &&
+         (attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_REPARSE_POINT)) == FILE_ATTRIBUTE_READONLY;
+}
+
+OpenFile refused(DWORD why) noexcept {
+  ::SetLastError(why);
+  return kNoFile;
+}
+
 /// Opens a path as a whole: one with a NUL inside names no file, and is not cut there.
 OpenFile open_whole(const std::string& path, const Way& way) noexcept {
-  if (path.find('\0') != std::string::npos) {
-    ::SetLastError(ERROR_INVALID_NAME);
-    return kNoFile;
-  }
+  if (path.find('\0') != std::string::npos) return refused(ERROR_INVALID_NAME);
+  if (would_write_read_only(path, way)) return refused(ERROR_ACCESS_DENIED);
   return reinterpret_cast<OpenFile>(
       ::CreateFileA(path.c_str(), way.access, way.share, nullptr, way.how, FILE_ATTRIBUTE_NORMAL, nullptr));
 }
@@ -124,19 +137,10 @@ std::error_code copy_extended_attributes(const std::string& from) {
   return would_lose ? error(ERROR_NOT_SUPPORTED) : std::error_code();
 }
 
-bool is_read_only(const std::string& path) noexcept {
-  const DWORD attributes = ::GetFileAttributesA(path.c_str());
-  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
-}
-
 class WindowsFileSystem final : public FileSystem {
  public:
   std::error_code open(const std::string& path, Opening how, OpenFile& file) noexcept override {
-    const Way way = way_of(how);
-    file = kNoFile;
-    // Windows says the same. Wine lets a privileged user write such a file, but not delete it once it was replaced.
-    if (way.access != GENERIC_READ && is_read_only(path)) return error(ERROR_ACCESS_DENIED);
-    file = open_whole(path, way);
+    file = open_whole(path, way_of(how));
     const std::error_code failure = result(file != kNoFile);
     const bool is_held = how == Opening::claim && failure.value() == ERROR_SHARING_VIOLATION;
     return is_held ? std::make_error_code(std::errc::resource_unavailable_try_again) : failure;

@@ -117,6 +117,15 @@ class Reading(Verbs):
             {"attachment": 0, "name": "../a.zip", "type": "application/zip", "encoding": "base64", "size": 3}])
         self.assertNotIn("deeper_parts", shown)
 
+    def test_show_gives_each_part_its_place(self):
+        def multipart(boundary, *parts):
+            opening = b"Content-Type: multipart/mixed; boundary=" + boundary + b"\n\n"
+            return opening + b"".join(b"--" + boundary + b"\n" + part for part in parts) + b"--" + boundary + b"--\n"
+        leaf = b"Content-Type: text/plain\n\nleaf\n"
+        self.write("tree", b"From a\n" + multipart(b"outer", multipart(b"first", leaf, leaf), leaf, multipart(b"third", leaf)))
+        (shown,) = self.objects("show", "tree", "0")
+        self.assertEqual([p["part"] for p in shown["parts"]], ["0", "0.0", "0.1", "1", "2", "2.0"])
+
     def test_show_counts_parts_that_nest_too_deep_to_be_listed(self):
         openings = b"".join(b"Content-Type: multipart/mixed; boundary=level%de\n\n--level%de\n" % (n, n) for n in range(250))
         closings = b"".join(b"--level%de--\n" % n for n in reversed(range(250)))
